@@ -1,0 +1,147 @@
+#pragma once
+
+#include "tarvix/alpha.h"
+#include "tarvix/globals.h"
+#include "tarvix/screen.h"
+#include "tarvix/start.h"
+
+#include <stdio.h>
+
+#ifdef _WIN32
+extern "C" __declspec(dllimport) HINSTANCE __stdcall GetModuleHandleA(const char *pszName);
+#endif
+
+/// Start-up and shut-down of a host, made ready: the constructor stores the
+/// three variables and runs the steps in their order, SetMode chooses a mode,
+/// and the destructor undoes everything. One at a time, on one thread.
+///
+///     CTarvixHost host("Minimal");
+///     if (!host.SetMode(640, 480, 16))
+///         return host.Fail();
+///     while (host.Frame())
+///         host.Screen()->FillRect(...);
+class CTarvixHost
+{
+public:
+    /// @param pszName     window title, below 160 characters
+    /// @param pszOptions  debug option file, or null
+    explicit CTarvixHost(const char *pszName, const char *pszOptions = nullptr) : m_bReady(false)
+    {
+#ifdef _WIN32
+        ThisInstance = GetModuleHandleA(nullptr);
+#endif
+        glb = new SGlobals;
+        sglb = new SSysGlobals;
+        if (!xCreateGlobals())
+            return;
+        if (pszOptions)
+            xGetDebugOptions(pszOptions, nullptr);
+        SetApplicationName(pszName);
+        SetUpdateTime(10);
+        m_bReady = xInit(0, nullptr) != 0;
+    }
+
+    CTarvixHost(const CTarvixHost &) = delete;
+    CTarvixHost &operator=(const CTarvixHost &) = delete;
+
+    ~CTarvixHost()
+    {
+        if (glb->m_pScreen)
+            glb->m_pScreen->ExitMode();
+        glb->m_pScreen = nullptr;
+        xExit();
+        DeleteShade();
+        xFreeGlobals();
+        delete sglb;
+        delete glb;
+        sglb = nullptr;
+        glb = nullptr;
+    }
+
+    /// 1 after a complete start.
+    bool IsReady() const
+    {
+        return m_bReady;
+    }
+
+    /// Starts a mode on the first screen that has it, with the persistent
+    /// buffer in use and the shade tables of its depth.
+    /// @param lDepth  8, 16 or 24
+    /// @param lKind   XMODE_..., or -1 for any
+    /// @return false with the error stored
+    bool SetMode(xlong lWidth, xlong lHeight, xlong lDepth, xlong lKind = XMODE_WINDOW)
+    {
+        if (!m_bReady)
+            return false;
+        if (glb->m_pScreen)
+        {
+            glb->m_pScreen->ExitMode();
+            glb->m_pScreen->GetVideoModes();
+            glb->m_pScreen = nullptr;
+        }
+        glb->m_Error.Clear();
+        CScreenBaseList *pScreens = glb->m_pScreenList;
+        for (pScreens->First(); pScreens->Exists(); pScreens->Next())
+        {
+            CScreenBase *pScreen = pScreens->Get();
+            if (pScreen->InitModeRez(lWidth, lHeight, lDepth, lKind) &&
+                pScreen->SetScreenWindowProperties(XWINDOW_CAPTION | XWINDOW_THICK_FRAME, -1, -1))
+            {
+                glb->m_pScreen = pScreen;
+                return MakeTables() && pScreen->SetPersistentMode(1);
+            }
+        }
+        if (!glb->m_Error.GetErrCode())
+            xErrorTxt("There is no such mode.");
+        return false;
+    }
+
+    CScreenBase *Screen() const
+    {
+        return glb->m_pScreen;
+    }
+
+    /// Runs one frame. @return false when the user wants to quit
+    bool Frame() const
+    {
+        return xHandler() == 0 && !xDoUserWantToQuit();
+    }
+
+    /// The last error's text; never null.
+    const char *Error() const
+    {
+        const char *pszText = glb->m_Error.GetErrCode() ? glb->m_Error.GetError(nullptr) : nullptr;
+        return pszText ? pszText : "The library could not start.";
+    }
+
+    /// Writes the last error to standard error. @return 1, for main to return
+    int Fail() const
+    {
+        fprintf(stderr, "%s: %s\n", GetApplicationName(), Error());
+        return 1;
+    }
+
+private:
+    bool MakeTables() const
+    {
+        const SVmode &mode = *glb->m_pScreen->GetActiveMode();
+        if (mode.lDepth == 24)
+            PreCalcShade24();
+        if (mode.lDepth != 16)
+            return true;
+        return Set16Bit((unsigned short)mode.lRedShift, (unsigned short)(8 - mode.lRedBits),
+                        (unsigned short)mode.lGreenShift, (unsigned short)(8 - mode.lGreenBits),
+                        (unsigned short)mode.lBlueShift, (unsigned short)(8 - mode.lBlueBits)) &&
+               MakeShadeCube();
+    }
+
+    // DeleteShade leaves the mark of a built cube, which would keep the next one away.
+    bool MakeShadeCube() const
+    {
+        if (!glb->m_pShadeCube)
+            glb->m_bShadeDone = 0;
+        return PreCalcShade() != 0;
+    }
+
+    bool m_bReady;
+};

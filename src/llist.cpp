@@ -1,0 +1,430 @@
+#include "tarvix/llist.h"
+
+#include "llistpool.h"
+#include "tarvix/globals.h"
+#include "tarvix/objpool.h"
+
+// Nodes never come from the tracking allocator, which keeps its records in
+// lists itself: they come from a pool on the system layer.
+
+namespace
+{
+const xulong s_ulPoolSlots = 256;
+
+void *NewNode()
+{
+    return xSysAllocMem(sizeof(CNode));
+}
+
+void ClearNode(void *pNode)
+{
+    memset(pNode, 0, sizeof(CNode));
+}
+
+CObjPool *MakeNodePool()
+{
+    void *pPlace = xSysAllocMem(sizeof(CObjPool));
+    if (!pPlace)
+        return nullptr;
+    CObjPool *pPool = new (pPlace) CObjPool;
+    if (!pPool->Init(0, -1, s_ulPoolSlots, NewNode, xSysFreeMem, ClearNode, ClearNode))
+    {
+        pPool->~CObjPool();
+        xSysFreeMem(pPlace);
+        return nullptr;
+    }
+    return pPool;
+}
+
+CObjPool *NodePool()
+{
+    if (!glb)
+        return nullptr;
+    if (!glb->m_pListNodePool)
+        glb->m_pListNodePool = MakeNodePool();
+    return glb->m_pListNodePool;
+}
+
+CNode *List_AllocNode()
+{
+    if (CObjPool *pPool = NodePool())
+        return (CNode *)pPool->Alloc();
+    CNode *pNode = glb ? nullptr : (CNode *)NewNode();
+    if (pNode)
+        ClearNode(pNode);
+    return pNode;
+}
+
+void List_FreeNode(CNode *pNode)
+{
+    if (!pNode)
+        return;
+    if (CObjPool *pPool = NodePool())
+        pPool->Free(pNode);
+    else
+        xSysFreeMem(pNode);
+}
+
+// The node to link: the caller's own, or a new one with the data.
+CNode *NodeFor(void *pItem, xlong lIsNode)
+{
+    if (lIsNode)
+        return (CNode *)pItem;
+    CNode *pNode = List_AllocNode();
+    if (pNode)
+        pNode->pData = pItem;
+    return pNode;
+}
+} // namespace
+
+void FreeListNodePool()
+{
+    CObjPool *pPool = glb ? glb->m_pListNodePool : nullptr;
+    if (!pPool)
+        return;
+    glb->m_pListNodePool = nullptr;
+    while (void *pNode = pPool->Dequeue())
+        xSysFreeMem(pNode);
+    pPool->~CObjPool();
+    xSysFreeMem(pPool);
+}
+
+// The walk is inline; hosts that link it by name find it here.
+[[gnu::used]] static short (CLList::*const s_pfnExported[])() = { &CLList::First, &CLList::Next, &CLList::Exists };
+[[gnu::used]] static void *(CLList::*const s_pfnExportedGet)() = &CLList::Get;
+
+CLList::CLList()
+    : m_lNumNodes(0), m_lCurrNodeNr(0), m_pFirst(nullptr), m_pLast(nullptr), m_pCurr(nullptr), m_aStack(),
+      m_lStackDepth(0)
+{
+}
+
+CLList::~CLList()
+{
+    KillAll();
+}
+
+short CLList::Last()
+{
+    m_pCurr = m_pLast;
+    m_lCurrNodeNr = m_lNumNodes;
+    return m_pCurr != nullptr;
+}
+
+short CLList::Prev()
+{
+    if (!m_pCurr)
+        return 0;
+    m_pCurr = m_pCurr->pPrev;
+    --m_lCurrNodeNr;
+    return m_pCurr != nullptr;
+}
+
+void *CLList::Get(xulong ulIndex)
+{
+    for (First(); m_pCurr && ulIndex; --ulIndex)
+        Next();
+    return Get();
+}
+
+xlong CLList::GetNumNodes()
+{
+    return m_lNumNodes;
+}
+
+xlong CLList::GetCurrNodeNr()
+{
+    return m_lCurrNodeNr;
+}
+
+xlong CLList::Push()
+{
+    if (m_lStackDepth >= 32)
+        return 0;
+    m_aStack[m_lStackDepth++] = { m_lCurrNodeNr, m_pCurr };
+    return 1;
+}
+
+xlong CLList::Pop()
+{
+    if (m_lStackDepth <= 0)
+        return 0;
+    const TCursor &cursor = m_aStack[--m_lStackDepth];
+    m_lCurrNodeNr = cursor.lNumber;
+    m_pCurr = cursor.pNode;
+    return 1;
+}
+
+short CLList::LinkAlone(CNode *pNode)
+{
+    pNode->pNext = nullptr;
+    pNode->pPrev = nullptr;
+    m_pFirst = m_pLast = m_pCurr = pNode;
+    ++m_lNumNodes;
+    return 1;
+}
+
+short CLList::InsertFirst(void *pItem, xlong lIsNode)
+{
+    CNode *pNode = NodeFor(pItem, lIsNode);
+    if (!pNode)
+        return 0;
+    ++m_lCurrNodeNr;
+    if (!m_pFirst)
+        return LinkAlone(pNode);
+    pNode->pPrev = nullptr;
+    pNode->pNext = m_pFirst;
+    m_pFirst->pPrev = pNode;
+    m_pFirst = pNode;
+    ++m_lNumNodes;
+    return 1;
+}
+
+short CLList::InsertLast(void *pItem, xlong lIsNode)
+{
+    CNode *pNode = NodeFor(pItem, lIsNode);
+    if (!pNode)
+        return 0;
+    if (!m_pFirst)
+        return LinkAlone(pNode);
+    pNode->pNext = nullptr;
+    pNode->pPrev = m_pLast;
+    m_pLast->pNext = pNode;
+    m_pLast = pNode;
+    ++m_lNumNodes;
+    return 1;
+}
+
+short CLList::InsertBefore(void *pItem, xlong lIsNode)
+{
+    if (m_pFirst && !m_pCurr)
+    {
+        ++m_lNumNodes;
+        return 1;
+    }
+    CNode *pNode = NodeFor(pItem, lIsNode);
+    if (!pNode)
+        return 0;
+    ++m_lCurrNodeNr;
+    if (!m_pFirst)
+        return LinkAlone(pNode);
+    pNode->pNext = m_pCurr;
+    pNode->pPrev = m_pCurr->pPrev;
+    if (m_pCurr->pPrev)
+        m_pCurr->pPrev->pNext = pNode;
+    else
+        m_pFirst = pNode;
+    m_pCurr->pPrev = pNode;
+    ++m_lNumNodes;
+    return 1;
+}
+
+short CLList::InsertAfter(void *pItem, xlong lIsNode)
+{
+    if (m_pFirst && !m_pCurr)
+    {
+        ++m_lNumNodes;
+        return 1;
+    }
+    CNode *pNode = NodeFor(pItem, lIsNode);
+    if (!pNode)
+        return 0;
+    if (!m_pFirst)
+        return LinkAlone(pNode);
+    pNode->pPrev = m_pCurr;
+    pNode->pNext = m_pCurr->pNext;
+    if (m_pCurr->pNext)
+        m_pCurr->pNext->pPrev = pNode;
+    else
+        m_pLast = pNode;
+    m_pCurr->pNext = pNode;
+    m_pCurr = pNode;
+    ++m_lNumNodes;
+    return 1;
+}
+
+short CLList::IfNotInsertFirst(void *pItem)
+{
+    return IsItemInList(pItem) ? 1 : InsertFirst(pItem);
+}
+
+short CLList::IfNotInsertLast(void *pItem)
+{
+    return IsItemInList(pItem) ? 1 : InsertLast(pItem);
+}
+
+short CLList::IfNotInsertBefore(void *pItem)
+{
+    return IsItemInList(pItem) ? 1 : InsertBefore(pItem);
+}
+
+short CLList::IfNotInsertAfter(void *pItem)
+{
+    return IsItemInList(pItem) ? 1 : InsertAfter(pItem);
+}
+
+xlong CLList::IsItemInList(void *pItem)
+{
+    for (First(); m_pCurr; Next())
+        if (m_pCurr->pData == pItem)
+            return 1;
+    return 0;
+}
+
+short CLList::ItemExists(void *pItem)
+{
+    return (short)IsItemInList(pItem);
+}
+
+void CLList::Unlink(CNode *pNode)
+{
+    if (pNode->pPrev)
+        pNode->pPrev->pNext = pNode->pNext;
+    else
+        m_pFirst = pNode->pNext;
+    if (pNode->pNext)
+        pNode->pNext->pPrev = pNode->pPrev;
+    else
+        m_pLast = pNode->pPrev;
+    if (m_pCurr == pNode)
+        m_pCurr = pNode->pNext ? pNode->pNext : pNode->pPrev;
+    --m_lNumNodes;
+}
+
+short CLList::Delete(xlong lFree)
+{
+    CNode *pNode = m_pCurr;
+    if (!pNode)
+        return 0;
+    Unlink(pNode);
+    if (lFree == 1)
+        List_FreeNode(pNode);
+    if (m_pFirst)
+        return 1;
+    m_lNumNodes = 0;
+    m_lCurrNodeNr = 0;
+    return 0;
+}
+
+short CLList::DeleteData()
+{
+    if (!m_pCurr || !m_pCurr->pData)
+        return 0;
+    xFreeMem(m_pCurr->pData, nullptr, 0);
+    m_pCurr->pData = nullptr;
+    return 1;
+}
+
+short CLList::DeleteItem(void *pItem)
+{
+    if (!IsItemInList(pItem))
+        return 0;
+    Delete(1);
+    return 1;
+}
+
+CNode *CLList::RemoveNode()
+{
+    CNode *pNode = m_pCurr;
+    if (pNode)
+        Unlink(pNode);
+    return pNode;
+}
+
+void CLList::KillAll()
+{
+    for (CNode *pNode = m_pFirst; pNode;)
+    {
+        CNode *pNext = pNode->pNext;
+        List_FreeNode(pNode);
+        pNode = pNext;
+    }
+    m_pFirst = m_pLast = m_pCurr = nullptr;
+    m_lNumNodes = 0;
+    m_lCurrNodeNr = 0;
+    m_lStackDepth = 0;
+}
+
+void CLList::KillAllData()
+{
+    for (CNode *pNode = m_pFirst; pNode; pNode = pNode->pNext)
+    {
+        if (pNode->pData)
+            xFreeMem(pNode->pData, nullptr, 0);
+        pNode->pData = nullptr;
+    }
+    KillAll();
+}
+
+xlong CLList::MoveFirst(xlong lCount)
+{
+    if (lCount < 1 || !m_pCurr || lCount > m_lNumNodes - m_lCurrNodeNr || m_pCurr == m_pFirst || !Push())
+        return 0;
+    CNode *pRun = m_pCurr;
+    CNode *pBefore = pRun->pPrev;
+    // The number may have fallen behind the cursor, so the end is looked for too.
+    for (xlong l = 1; l < lCount && m_pCurr->pNext; ++l)
+        Next();
+    CNode *pRunEnd = m_pCurr;
+    Pop();
+
+    pBefore->pNext = pRunEnd->pNext;
+    if (pRunEnd->pNext)
+        pRunEnd->pNext->pPrev = pBefore;
+    else
+        m_pLast = pBefore;
+    pRunEnd->pNext = m_pFirst;
+    m_pFirst->pPrev = pRunEnd;
+    pRun->pPrev = nullptr;
+    m_pFirst = pRun;
+    First();
+    return 1;
+}
+
+void CLList::First_NodeChunk() {}
+
+void CLList::Next_NodeChunk() {}
+
+xlong CLList::Exists_NodeChunk()
+{
+    return 1;
+}
+
+CNode *CLList::PreAllocated_AllocNode()
+{
+    return nullptr;
+}
+
+void CLList::PreAllocated_FreeNode(CNode *pNode) {}
+
+CStack::CStack() {}
+
+CStack::~CStack() {}
+
+xlong CStack::Push(void *pItem)
+{
+    return m_List.InsertFirst(pItem);
+}
+
+void *CStack::Pop()
+{
+    void *pItem = Top();
+    m_List.First();
+    m_List.Delete();
+    return pItem;
+}
+
+void *CStack::Top()
+{
+    m_List.First();
+    return m_List.Get();
+}
+
+xlong CStack::IsEmpty()
+{
+    return m_List.GetNumNodes() == 0;
+}
+
+Node::Node() : m_lValues() {}
+
+Node::~Node() {}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "tarvix/types.h"
+
+#include <stdint.h>
+
+// Sizes of a bitmap's block. They come from files and hosts, so they are
+// worked out in 64 bits.
+
+inline xlong BytesPerPixel(xlong lDepth)
+{
+    return (xlong)(((int64_t)lDepth + 7) / 8);
+}
+
+/// Bytes of a row, padded to 4; meaningful where BlockSize is not -1.
+inline xlong PaddedPitch(xlong lWidth, xlong lBytesPerPixel)
+{
+    return (xlong)(((int64_t)lBytesPerPixel * lWidth + 3) & ~(int64_t)3);
+}
+
+/// Bytes of a block of rows; -1 when they are negative or can't be counted in 31 bits.
+inline xlong RowsSize(int64_t llPitch, xlong lHeight)
+{
+    const int64_t llMost = 0x7fff0000; // room for the allocator's own bytes
+    if (llPitch < 0 || lHeight < 0 || llPitch > llMost || llPitch * lHeight > llMost)
+        return -1;
+    return (xlong)(llPitch * lHeight);
+}
+
+inline xlong BlockSize(xlong lWidth, xlong lHeight, xlong lBytesPerPixel)
+{
+    if (lWidth < 0 || lBytesPerPixel < 0)
+        return -1;
+    return RowsSize(((int64_t)lBytesPerPixel * lWidth + 3) & ~(int64_t)3, lHeight);
+}

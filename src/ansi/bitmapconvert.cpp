@@ -1,0 +1,262 @@
+#include "ansi/bitmapblock.h"
+#include "ansi/kernels.h"
+#include "tarvix/bitmap.h"
+
+namespace
+{
+// The format of the picture between 24 and 8 bits: the index of the colour cube.
+const TPixelFormat s_fmt15 = { 5, 5, 5, 10, 5, 0 };
+
+// A block that is about to take a bitmap's place.
+struct TBlock
+{
+    unsigned char *pData;
+    xlong lPitch;
+    xlong lSize;
+};
+
+bool AllocBlock(TBlock &block, xlong lWidth, xlong lHeight, xlong lBytesPerPixel)
+{
+    block.lSize = BlockSize(lWidth, lHeight, lBytesPerPixel);
+    block.lPitch = PaddedPitch(lWidth, lBytesPerPixel);
+    block.pData = block.lSize < 0 ? nullptr : XNEW(unsigned char[(size_t)block.lSize]);
+    return block.pData != nullptr;
+}
+
+// Whether the rows hold what a kernel is going to read from them: a converted
+// bitmap can call its data indexed, and an indexed one can have any depth.
+bool HasRows(const CBitmapBase &bitmap, xlong lBytesPerPixel)
+{
+    return bitmap.m_pData && bitmap.m_lPitch >= (int64_t)bitmap.m_lWidth * lBytesPerPixel;
+}
+
+void ResetClip(CBitmapBase &bitmap)
+{
+    bitmap.m_rcClip.SetXYWH(0, 0, bitmap.m_lWidth, bitmap.m_lHeight);
+    bitmap.m_bOnSurface = 0;
+}
+
+CPalette *NewClone(const CPalette *pPalette)
+{
+    CPalette *pClone = XNEW(CPalette);
+    if (pClone && !pClone->Clone(pPalette))
+    {
+        XDELETE(pClone);
+        return nullptr;
+    }
+    return pClone;
+}
+
+// Conversion of a whole bitmap to 16 or 24 bits, with the key pass.
+void ConvertWhole(CBitmapBase &bitmap, TBlock &block, xlong lDepth, const TPixelFormat &fmt, xlong lFlags)
+{
+    const TPixelFormat fmtOld = FormatOf(bitmap);
+    const xlong lWidth = bitmap.m_lWidth, lHeight = bitmap.m_lHeight;
+    const CRect *pClip = &bitmap.m_rcClip;
+    const xlong lOldDepth = bitmap.m_bRGB ? bitmap.m_lDepth : 8;
+    if (!HasRows(bitmap, lOldDepth / 8))
+        return;
+    bool bKeepKey = false;
+    if (lOldDepth == 8 && lDepth == 16)
+        Convert8To16(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, bitmap.m_pPalette, pClip, 0, block.pData,
+                     block.lPitch, 0, 0, fmt, pClip);
+    else if (lOldDepth == 8)
+        Convert8To24(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, bitmap.m_pPalette, pClip, 0, block.pData,
+                     block.lPitch, 0, 0, fmt, pClip);
+    else if (lOldDepth == 16)
+        (lDepth == 16 ? Convert16To16 : Convert16To24)(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, fmtOld,
+                                                       pClip, 0, block.pData, block.lPitch, 0, 0, fmt, pClip);
+    else if (lDepth == 16)
+    {
+        Convert24To16(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, fmtOld, pClip, 0, lFlags, block.pData,
+                      block.lPitch, 0, 0, fmt, pClip);
+        bKeepKey = true;
+    }
+    else
+        Convert24To24(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, fmtOld, pClip, 0, block.pData,
+                      block.lPitch, 0, 0, fmt, pClip);
+    if (lFlags & XBMP_NO_KEY_PASS)
+        return;
+    if (bKeepKey)
+        KeepKey16(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, fmtOld, pClip, block.pData, block.lPitch, 0,
+                  0, fmt, pClip);
+    else
+        KeepKeyNone();
+}
+
+// From one palette to another. Unless it is told not to, it sees to it that the
+// key's new index is given to the key alone.
+void MapIndices(const CBitmapBase &bitmap, TBlock &block, const CPalette &palette, xlong lFlags)
+{
+    unsigned char aucMap[256];
+    for (xlong i = 0; i < 256; ++i)
+        aucMap[i] = (unsigned char)palette.FindMatch(&bitmap.m_pPalette->m_Colors[i]);
+    if (!(lFlags & XBMP_NO_KEY_PASS) && block.lSize)
+    {
+        const unsigned char ucKey = bitmap.m_pData[0];
+        const unsigned char ucKeyTarget = aucMap[ucKey];
+        const unsigned char ucOther = (unsigned char)palette.FindSecondBest(&bitmap.m_pPalette->m_Colors[ucKey]);
+        for (xlong i = 0; i < 256; ++i)
+            if (i != ucKey && aucMap[i] == ucKeyTarget)
+                aucMap[i] = ucOther;
+    }
+    for (xlong y = 0; y < bitmap.m_lHeight; ++y)
+    {
+        const unsigned char *pSource = bitmap.m_pData + (size_t)y * (size_t)bitmap.m_lPitch;
+        unsigned char *pTarget = block.pData + (size_t)y * (size_t)block.lPitch;
+        for (xlong x = 0; x < bitmap.m_lWidth; ++x)
+            pTarget[x] = aucMap[pSource[x]];
+    }
+}
+
+// From 24 to 8 bits. @return 0 when the working copy can't be had
+bool ConvertTo8(CBitmapBase &bitmap, TBlock &block, const CPalette *pPalette, xlong lFlags)
+{
+    const xlong lWidth = bitmap.m_lWidth, lHeight = bitmap.m_lHeight;
+    const CRect *pClip = &bitmap.m_rcClip;
+    const TPixelFormat fmtOld = FormatOf(bitmap);
+    const xlong lWorkSize = RowsSize((int64_t)block.lPitch * 2, lHeight);
+    const xlong lWorkPitch = block.lPitch * 2;
+    unsigned char *pWork = lWorkSize < 0 ? nullptr : XNEW(unsigned char[(size_t)lWorkSize]);
+    if (!pWork)
+        return false;
+    Convert24To16(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, fmtOld, pClip, 0, lFlags, pWork, lWorkPitch,
+                  0, 0, s_fmt15, pClip);
+    Convert16To8(pWork, lWorkPitch, 0, 0, lWidth, lHeight, pClip, 0, block.pData, block.lPitch, 0, 0, pPalette, pClip);
+    if (!(lFlags & XBMP_NO_KEY_PASS))
+        KeepKey8(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, fmtOld, pClip, block.pData, block.lPitch, 0, 0,
+                 pPalette, pClip);
+    XDELETE_ARRAY(pWork);
+    return true;
+}
+} // namespace
+
+xlong CBitmap::ConvertIndex(xlong lWidth, xlong lHeight, xlong lDepth, const CPalette *pPalette, xlong lFlags)
+{
+    ResetClip(*this);
+    if (m_lDepth == 8 && (!m_pPalette || !pPalette || !HasRows(*this, 1)))
+        return 0;
+    const bool bSame =
+        m_lDepth != 8 && m_lBytesPerPixel == 1 && m_lDepth == lDepth && m_lPitch == PaddedPitch(m_lWidth, 1);
+    CPalette *pClone = nullptr;
+    if (pPalette)
+    {
+        pClone = NewClone(pPalette);
+        if (!pClone)
+            return 0;
+    }
+    TBlock block = { nullptr, 0, 0 };
+    if (!bSame)
+    {
+        if (!AllocBlock(block, m_lWidth, m_lHeight, 1))
+        {
+            XDELETE(pClone);
+            return 0;
+        }
+        memset(block.pData, 127, (size_t)block.lSize);
+        if (m_lDepth == 8)
+            MapIndices(*this, block, *pPalette, lFlags);
+        else if (m_lDepth == 24 && HasRows(*this, 3) && !ConvertTo8(*this, block, pPalette, lFlags))
+        {
+            XDELETE_ARRAY(block.pData);
+            XDELETE(pClone);
+            return 0;
+        }
+    }
+    // A palette of a bitmap that is not of 8 bits is not the bitmap's to delete.
+    if (m_lDepth == 8)
+        XDELETE(m_pPalette);
+    if (pClone)
+        m_pPalette = pClone;
+    if (bSame)
+        return 1;
+    XDELETE_ARRAY(m_pData);
+    m_pData = block.pData;
+    m_lPitch = block.lPitch;
+    m_lBytesPerPixel = 1;
+    m_lDepth = lDepth;
+    m_bChanged = 1;
+    return 1;
+}
+
+xlong CBitmap::ConvertRGB(xlong lWidth, xlong lHeight, xlong lDepth, xlong lRedBits, xlong lGreenBits, xlong lBlueBits,
+                          xlong lRedShift, xlong lGreenShift, xlong lBlueShift, xlong lFlags)
+{
+    ResetClip(*this);
+    const xlong lBytesPerPixel = BytesPerPixel(lDepth);
+    const TPixelFormat fmt = { lRedBits, lGreenBits, lBlueBits, lRedShift, lGreenShift, lBlueShift };
+    if (m_lBytesPerPixel == lBytesPerPixel && m_lDepth == lDepth && FormatOf(*this) == fmt)
+        return 1;
+    TBlock block;
+    if (!AllocBlock(block, m_lWidth, m_lHeight, lBytesPerPixel))
+        return 0;
+    memset(block.pData, 255, (size_t)block.lSize);
+    if (m_bRGB && m_lDepth != 16 && m_lDepth != 24)
+    {
+        XDELETE_ARRAY(block.pData);
+        return 0;
+    }
+    if (lDepth == 16 || lDepth == 24)
+        ConvertWhole(*this, block, lDepth, fmt, lFlags);
+    XDELETE_ARRAY(m_pData);
+    m_pData = block.pData;
+    m_lPitch = block.lPitch;
+    m_lBytesPerPixel = lBytesPerPixel;
+    m_lDepth = lDepth;
+    m_lRedBits = lRedBits;
+    m_lGreenBits = lGreenBits;
+    m_lBlueBits = lBlueBits;
+    m_lRedShift = lRedShift;
+    m_lGreenShift = lGreenShift;
+    m_lBlueShift = lBlueShift;
+    m_bChanged = 1;
+    return 1;
+}
+
+xlong CBitmap::Blt(CBitmapBase *pSource, xlong lSourceX, xlong lSourceY, xlong lTargetX, xlong lTargetY, xlong lWidth,
+                   xlong lHeight, xlong lTransparent, xlong lDither, xlong lUnused)
+{
+    if (lWidth == -1)
+        lWidth = pSource->m_lWidth;
+    if (lHeight == -1)
+        lHeight = pSource->m_lHeight;
+    m_bChanged = 1;
+    // A depth can be any number that a file holds.
+    if (!m_pData || !pSource->m_pData || ((m_lDepth | pSource->m_lDepth) & ~0xff))
+        return 1;
+    const CRect *pSourceClip = &pSource->m_rcClip, *pClip = &m_rcClip;
+    const unsigned char *pFrom = pSource->m_pData;
+    const xlong lFromPitch = pSource->m_lPitch;
+    switch (m_lDepth << 8 | pSource->m_lDepth)
+    {
+    case 8 << 8 | 8:
+        Convert8To8(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, lTransparent, m_pData,
+                    m_lPitch, lTargetX, lTargetY, pClip);
+        break;
+    case 16 << 8 | 8:
+        Convert8To16(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, pSource->m_pPalette, pSourceClip,
+                     lTransparent, m_pData, m_lPitch, lTargetX, lTargetY, FormatOf(*this), pClip);
+        break;
+    case 24 << 8 | 8:
+        Convert8To24(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, pSource->m_pPalette, pSourceClip,
+                     lTransparent, m_pData, m_lPitch, lTargetX, lTargetY, FormatOf(*this), pClip);
+        break;
+    case 16 << 8 | 16:
+        Convert16To16(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(*pSource), pSourceClip,
+                      lTransparent, m_pData, m_lPitch, lTargetX, lTargetY, FormatOf(*this), pClip);
+        break;
+    case 24 << 8 | 16:
+        Convert16To24(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(*pSource), pSourceClip,
+                      lTransparent, m_pData, m_lPitch, lTargetX, lTargetY, FormatOf(*this), pClip);
+        break;
+    case 16 << 8 | 24:
+        Convert24To16(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(*pSource), pSourceClip,
+                      lTransparent, lDither, m_pData, m_lPitch, lTargetX, lTargetY, FormatOf(*this), pClip);
+        break;
+    case 24 << 8 | 24:
+        Convert24To24(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(*pSource), pSourceClip,
+                      lTransparent, m_pData, m_lPitch, lTargetX, lTargetY, FormatOf(*this), pClip);
+        break;
+    }
+    return 1;
+}

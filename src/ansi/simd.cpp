@@ -1,0 +1,5 @@
+#include "ansi/simd.h"
+
+#ifdef TARVIX_TESTING
+xlong s_lSimdLimit = SIMD_ALL;
+#endif

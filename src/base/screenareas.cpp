@@ -1,0 +1,123 @@
+#include "base/areas.h"
+#include "tarvix/globals.h"
+#include "tarvix/screen.h"
+
+namespace
+{
+// Plain numbers of a rectangle in order, for the walk over a list.
+struct TArea
+{
+    explicit TArea(const CRect &rc)
+        : lLeft(std::min(rc.m_lLeft, rc.m_lRight)), lTop(std::min(rc.m_lTop, rc.m_lBottom)),
+          lRight(std::max(rc.m_lLeft, rc.m_lRight)), lBottom(std::max(rc.m_lTop, rc.m_lBottom))
+    {
+    }
+
+    // Of the corners' distances, not of pixels: the merging rule counts on it.
+    xlong Area() const { return Distance(lTop, lBottom) * Distance(lLeft, lRight); }
+    static xlong Distance(xlong lA, xlong lB) { return lB - lA < 0 ? lA - lB : lB - lA; }
+
+    void Add(const TArea &other)
+    {
+        lLeft = std::min(lLeft, other.lLeft);
+        lTop = std::min(lTop, other.lTop);
+        lRight = std::max(lRight, other.lRight);
+        lBottom = std::max(lBottom, other.lBottom);
+    }
+
+    xlong lLeft, lTop, lRight, lBottom;
+};
+
+CRect MakeArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
+{
+    CRect rc;
+    rc.Set(lLeft, lTop, lRight, lBottom);
+    rc.Normalize();
+    return rc;
+}
+} // namespace
+
+bool MergeArea(TAreaList list, CRect &rcNew, bool bSkipEqual)
+{
+    TArea area(rcNew);
+    for (xlong i = 0; i < *list.plCount; ++i)
+    {
+        CRect &rcEntry = list.pAreas[i];
+        const TArea entry(rcEntry);
+        TArea both = area;
+        both.Add(entry);
+        if (bSkipEqual && rcEntry.m_lLeft == area.lLeft && rcEntry.m_lTop == area.lTop &&
+            rcEntry.m_lRight == area.lRight && rcEntry.m_lBottom == area.lBottom)
+            return false;
+        if (both.Area() - entry.Area() - area.Area() < 0)
+        {
+            rcEntry.SetXYWH(-100, -100, 0, 0);
+            area = both;
+        }
+    }
+    rcNew.Set(area.lLeft, area.lTop, area.lRight, area.lBottom);
+    return true;
+}
+
+void AppendArea(TAreaList list, const CRect &rcNew, xlong lWidth, xlong lHeight)
+{
+    if (*list.plCount < CScreenBase::MAX_AREAS)
+    {
+        list.pAreas[(*list.plCount)++] = rcNew;
+        return;
+    }
+    list.pAreas[0].Set(0, 0, lWidth - 1, lHeight - 1);
+    *list.plCount = 1;
+}
+
+void CScreenBase::AddClearArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
+{
+    if (!m_bPersistentMode || !m_pMode)
+        return;
+    CRect rc = MakeArea(lLeft, lTop, lRight, lBottom);
+    const TAreaList list = { m_ClearAreas[m_lPage], &m_lClearCount[m_lPage] };
+    if (MergeArea(list, rc, true))
+        AppendArea(list, rc, m_pMode->lWidth, m_pMode->lHeight);
+}
+
+void CScreenBase::AddClearAreaGui(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
+{
+    const xlong lPage = m_lPage;
+    for (m_lPage = 0; m_lPage < PAGES; ++m_lPage)
+        AddClearArea(lLeft, lTop, lRight, lBottom);
+    m_lPage = lPage;
+}
+
+void CScreenBase::AddClearAreaPersistent(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
+{
+    if (!m_pMode)
+        return;
+    CRect rc = MakeArea(lLeft, lTop, lRight, lBottom);
+    MergeArea({ m_PersistentAreas[m_lPage], &m_lPersistentCount[m_lPage] }, rc, false);
+    // Every page shows the persistent picture, so each has to be restored.
+    const xlong lPages = std::min<xlong>(m_lNumPages, PAGES);
+    for (xlong i = 0; i < lPages; ++i)
+        AppendArea({ m_PersistentAreas[i], &m_lPersistentCount[i] }, rc, m_pMode->lWidth, m_pMode->lHeight);
+}
+
+void CScreenBase::AddShadowArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
+{
+    CRect rc = MakeArea(lLeft, lTop, lRight, lBottom);
+    CRect rcClip = glb->m_pScreen ? glb->m_pScreen->m_rcClip : m_rcClip;
+    if (!rc.Intersect(&rc, &rcClip))
+        return;
+    const xlong lPage = m_lPage;
+    for (m_lPage = 0; m_lPage < PAGES; ++m_lPage)
+        ASA(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
+    m_lPage = lPage;
+}
+
+void CScreenBase::ASA(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
+{
+    if (!m_pMode)
+        return;
+    CRect rc = MakeArea(lLeft, lTop, lRight, lBottom);
+    const TAreaList list = { m_ValidateAreas[m_lPage], &m_lValidateCount[m_lPage] };
+    if (MergeArea(list, rc, true))
+        AppendArea(list, rc, m_pMode->lWidth, m_pMode->lHeight);
+}

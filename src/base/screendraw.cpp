@@ -1,0 +1,352 @@
+#include "ansi/kernels.h"
+#include "base/modeformat.h"
+#include "base/shade.h"
+#include "tarvix/screen.h"
+
+namespace
+{
+// A colour as the bytes of one pixel of the mode.
+struct TPixel
+{
+    unsigned char ucBytes[4];
+};
+
+TPixel MakePixel(CScreenBase &screen, TRGBA &color)
+{
+    const TPixelFormat format = FormatOf(*screen.m_pMode);
+    TPixel pixel = {};
+    switch (screen.m_pMode->lDepth)
+    {
+    case 8:
+        pixel.ucBytes[0] = (unsigned char)screen.m_Palette.FindMatch(&color);
+        break;
+    case 16:
+    {
+        StoreWord(pixel.ucBytes, TFormat16(format).Pack(color));
+        break;
+    }
+    case 24:
+        FillBytes24(format, color, pixel.ucBytes);
+        break;
+    }
+    return pixel;
+}
+
+template <int BYTES>
+struct TLinePlotter
+{
+    unsigned char *pBuffer;
+    xlong lPitch, lWidth, lHeight;
+    TPixel pixel;
+
+    void Plot(unsigned char *pAt) const { memcpy(pAt, pixel.ucBytes, BYTES); }
+    unsigned char *At(xlong lX, xlong lY) const { return pBuffer + (ptrdiff_t)lY * lPitch + (ptrdiff_t)lX * BYTES; }
+    bool Holds(xlong lX, xlong lY) const { return lX >= 0 && lX < lWidth && lY >= 0 && lY < lHeight; }
+
+    // lLong steps of lLongStep bytes; now and then one of lShortStep bytes too.
+    void Walk(unsigned char *pAt, xlong lLong, xlong lShort, ptrdiff_t lLongStep, ptrdiff_t lShortStep) const
+    {
+        xlong lError = 2 * lShort - lLong;
+        Plot(pAt);
+        for (xlong l = lLong; l > 0; --l)
+        {
+            pAt += lLongStep;
+            if (lError >= 0)
+            {
+                pAt += lShortStep;
+                lError += 2 * (lShort - lLong);
+            }
+            else
+                lError += 2 * lShort;
+            Plot(pAt);
+        }
+    }
+
+    // A line given against its long axis is mirrored, which can lead out of
+    // the picture.
+    void WalkChecked(xlong lX, xlong lY, xlong lLong, xlong lShort, xlong lLongX, xlong lLongY, xlong lShortX,
+                     xlong lShortY) const
+    {
+        xlong lError = 2 * lShort - lLong;
+        for (xlong l = lLong; l >= 0; --l)
+        {
+            if (Holds(lX, lY))
+                Plot(At(lX, lY));
+            lX += lLongX;
+            lY += lLongY;
+            if (lError >= 0)
+            {
+                lX += lShortX;
+                lY += lShortY;
+                lError += 2 * (lShort - lLong);
+            }
+            else
+                lError += 2 * lShort;
+        }
+    }
+
+    void Draw(xlong lX1, xlong lY1, xlong lX2, xlong lY2) const
+    {
+        const xlong lDX = std::abs(lX1 - lX2);
+        const xlong lDY = std::abs(lY1 - lY2);
+        const bool bRows = lDY > lDX;
+        const bool bSecond = bRows ? lY2 < lY1 : lX2 < lX1;
+        const xlong lX = bSecond ? lX2 : lX1;
+        const xlong lY = bSecond ? lY2 : lY1;
+        // Always from point 1 towards point 2, wherever the walk starts.
+        const xlong lShortStep = bRows ? (lX1 <= lX2 ? 1 : -1) : (lY1 <= lY2 ? 1 : -1);
+        if (bSecond)
+        {
+            if (bRows)
+                WalkChecked(lX, lY, lDY, lDX, 0, 1, lShortStep, 0);
+            else
+                WalkChecked(lX, lY, lDX, lDY, 1, 0, 0, lShortStep);
+        }
+        else if (bRows)
+            Walk(At(lX, lY), lDY, lDX, lPitch, (ptrdiff_t)lShortStep * BYTES);
+        else
+            Walk(At(lX, lY), lDX, lDY, BYTES, (ptrdiff_t)lShortStep * lPitch);
+    }
+};
+
+template <int BYTES>
+void DrawPixels(CScreenBase &screen, unsigned char *pBuffer, const TPixel &pixel, xlong lX1, xlong lY1, xlong lX2,
+                xlong lY2)
+{
+    const SVmode &mode = *screen.m_pMode;
+    const TLinePlotter<BYTES> plotter = { pBuffer, mode.lRowBytes, mode.lWidth, mode.lHeight, pixel };
+    plotter.Draw(lX1, lY1, lX2, lY2);
+}
+
+// Lowers the three 5-bit channels of a 15-bit colour; a word with its top bit
+// set has no place in the cube, and gets its first entry, black.
+void Darken16(unsigned char *pRow, xlong lPixels, xlong lSteps)
+{
+    const __m128i xSteps = _mm_set1_epi16((short)(lSteps << 11));
+    const __m128i xChannel = _mm_set1_epi16((short)0xf800);
+    for (; lPixels >= 8; lPixels -= 8, pRow += 16)
+    {
+        const __m128i xWord = _mm_loadu_si128((const __m128i *)pRow);
+        // Each channel at the top of the word, so that subtracting saturates.
+        const __m128i xRed = _mm_subs_epu16(_mm_and_si128(_mm_slli_epi16(xWord, 1), xChannel), xSteps);
+        const __m128i xGreen = _mm_subs_epu16(_mm_and_si128(_mm_slli_epi16(xWord, 6), xChannel), xSteps);
+        const __m128i xBlue = _mm_subs_epu16(_mm_slli_epi16(xWord, 11), xSteps);
+        __m128i xResult = _mm_or_si128(_mm_srli_epi16(xRed, 1), _mm_srli_epi16(xGreen, 6));
+        xResult = _mm_or_si128(xResult, _mm_srli_epi16(xBlue, 11));
+        xResult = _mm_andnot_si128(_mm_srai_epi16(xWord, 15), xResult);
+        _mm_storeu_si128((__m128i *)pRow, xResult);
+    }
+    for (; lPixels > 0; --lPixels, pRow += 2)
+    {
+        unsigned short us;
+        memcpy(&us, pRow, 2);
+        us = ShadeDown(us, lSteps);
+        memcpy(pRow, &us, 2);
+    }
+}
+
+// What the clamp table gives from place ucStart on, without reading it.
+void Darken24(unsigned char *pRow, size_t ulBytes, unsigned char ucStart)
+{
+    if (!ucStart)
+    {
+        memset(pRow, 0, ulBytes);
+        return;
+    }
+    const __m128i xLess = _mm_set1_epi8((char)(256 - ucStart));
+    for (; ulBytes >= 16; ulBytes -= 16, pRow += 16)
+        _mm_storeu_si128((__m128i *)pRow, _mm_subs_epu8(_mm_loadu_si128((const __m128i *)pRow), xLess));
+    for (; ulBytes; --ulBytes, ++pRow)
+        *pRow = glb->m_ClampTable[ucStart + *pRow];
+}
+
+bool IsClampTableBuilt()
+{
+    return glb->m_ClampTable[511] == 255;
+}
+} // namespace
+
+void CScreenBase::FillRect(xlong lX, xlong lY, xlong lWidth, xlong lHeight, TRGBA color)
+{
+    CRect rc;
+    rc.SetXYWH(lX, lY, lWidth, lHeight);
+    xlong lTargetX = lX, lTargetY = lY;
+    if (lWidth < 1 || lHeight < 1 || !ClipAreas(&lX, &lY, &lWidth, &lHeight, &rc, &lTargetX, &lTargetY, &m_rcClip))
+        return;
+    unsigned char *pBuffer = LockScreenBuffer();
+    if (!pBuffer)
+        return;
+    const TPixel pixel = MakePixel(*this, color);
+    const xlong lBytes = m_pMode->lBytesPerPixel;
+    unsigned char *pRow = pBuffer + (ptrdiff_t)lTargetY * m_pMode->lRowBytes + (ptrdiff_t)lTargetX * lBytes;
+    const xulong ulColor = (xulong)(pixel.ucBytes[0] << 16 | pixel.ucBytes[1] << 8 | pixel.ucBytes[2]);
+    unsigned short usColor;
+    memcpy(&usColor, pixel.ucBytes, 2);
+    for (; lHeight; --lHeight, pRow += m_pMode->lRowBytes)
+    {
+        switch (m_pMode->lDepth)
+        {
+        case 8:
+            memset(pRow, pixel.ucBytes[0], (size_t)lWidth);
+            break;
+        case 16:
+            xMemset16(pRow, usColor, (xulong)lWidth);
+            break;
+        case 24:
+            xMemset24(pRow, ulColor, (xulong)lWidth);
+            break;
+        }
+    }
+    ReleaseScreenBuffer();
+}
+
+void CScreenBase::FillRectAlpha(xlong lX, xlong lY, xlong lWidth, xlong lHeight, xlong lPercent)
+{
+    CRect rc;
+    rc.SetXYWH(lX, lY, lWidth, lHeight);
+    xlong lTargetX = lX, lTargetY = lY;
+    if (lWidth < 1 || lHeight < 1 || !ClipAreas(&lX, &lY, &lWidth, &lHeight, &rc, &lTargetX, &lTargetY, &m_rcClip))
+        return;
+    unsigned char *pBuffer = LockScreenBuffer();
+    if (!pBuffer)
+        return;
+    const xlong lDepth = m_pMode->lDepth;
+    if ((lDepth == 16 && glb->m_pShadeCube) || lDepth == 24)
+    {
+        const xlong lSteps = std::clamp<xlong>(lPercent * 31 / 100, 0, 31);
+        // Of the negative amount the low byte counts: 0 percent points at the
+        // table's zeros.
+        const unsigned char ucStart = (unsigned char)-(lPercent * 255 / 100);
+        unsigned char *pRow =
+            pBuffer + (ptrdiff_t)lTargetY * m_pMode->lRowBytes + (ptrdiff_t)lTargetX * m_pMode->lBytesPerPixel;
+        for (; lHeight; --lHeight, pRow += m_pMode->lRowBytes)
+        {
+            if (lDepth == 16)
+                Darken16(pRow, lWidth, lSteps);
+            else
+                Darken24(pRow, (size_t)lWidth * 3, IsClampTableBuilt() ? ucStart : 0);
+        }
+    }
+    ReleaseScreenBuffer();
+}
+
+xlong CScreenBase::CompOutCode(xlong lX, xlong lY)
+{
+    xlong lCode = lY > m_rcClip.m_lBottom ? 1 : lY < m_rcClip.m_lTop ? 2 : 0;
+    lCode |= lX > m_rcClip.m_lRight ? 4 : lX < m_rcClip.m_lLeft ? 8 : 0;
+    return lCode;
+}
+
+xlong CScreenBase::ClipLine(xlong &lX1, xlong &lY1, xlong &lX2, xlong &lY2)
+{
+    xlong lCode1 = CompOutCode(lX1, lY1);
+    xlong lCode2 = CompOutCode(lX2, lY2);
+    // Each cut brings a point onto an edge; a line past a corner is cut back
+    // and forth until both points share a side.
+    for (int nCuts = 0; lCode1 | lCode2; ++nCuts)
+    {
+        if ((lCode1 & lCode2) || nCuts == 8)
+            return 0;
+        const xlong lCode = lCode1 ? lCode1 : lCode2;
+        const long long llDX = (long long)lX2 - lX1;
+        const long long llDY = (long long)lY2 - lY1;
+        xlong lX, lY;
+        if (lCode & 3)
+        {
+            lY = lCode & 1 ? m_rcClip.m_lBottom : m_rcClip.m_lTop;
+            lX = (xlong)(lX1 + llDX * ((long long)lY - lY1) / llDY);
+        }
+        else
+        {
+            lX = lCode & 4 ? m_rcClip.m_lRight : m_rcClip.m_lLeft;
+            lY = (xlong)(lY1 + llDY * ((long long)lX - lX1) / llDX);
+        }
+        if (lCode1)
+        {
+            lX1 = lX;
+            lY1 = lY;
+            lCode1 = CompOutCode(lX, lY);
+        }
+        else
+        {
+            lX2 = lX;
+            lY2 = lY;
+            lCode2 = CompOutCode(lX, lY);
+        }
+    }
+    return 1;
+}
+
+void CScreenBase::DrawLine(xlong lX1, xlong lY1, xlong lX2, xlong lY2, TRGBA color)
+{
+    if (!ClipLine(lX1, lY1, lX2, lY2))
+        return;
+    const TPixel pixel = MakePixel(*this, color);
+    unsigned char *pBuffer = LockScreenBuffer();
+    if (!pBuffer)
+        return;
+    switch (m_pMode->lDepth)
+    {
+    case 8:
+        DrawPixels<1>(*this, pBuffer, pixel, lX1, lY1, lX2, lY2);
+        break;
+    case 16:
+        DrawPixels<2>(*this, pBuffer, pixel, lX1, lY1, lX2, lY2);
+        break;
+    case 24:
+        DrawPixels<3>(*this, pBuffer, pixel, lX1, lY1, lX2, lY2);
+        break;
+    }
+    ReleaseScreenBuffer();
+}
+
+void CScreenBase::ScreenToPersistentGray()
+{
+    CScreenBase *pActive = glb->m_pScreen ? glb->m_pScreen : this;
+    CBitmap *pTarget = pActive->m_pPersistent;
+    unsigned char *pBuffer = LockScreenBuffer();
+    if (!pBuffer)
+        return;
+    if (!pTarget || !pTarget->m_pData || pTarget->m_lDepth != m_pMode->lDepth)
+    {
+        ReleaseScreenBuffer();
+        return;
+    }
+    AddClearArea(0, 0, m_pMode->lWidth, m_pMode->lHeight);
+
+    const TFormat16 format(FormatOf(*m_pMode));
+    const xlong lWidth = std::min(m_pMode->lWidth, pTarget->m_lWidth);
+    const xlong lHeight = std::min(m_pMode->lHeight, pTarget->m_lHeight);
+    TRGBA black(0, 0, 0);
+    const unsigned char ucBlack = m_pMode->lDepth == 8 ? (unsigned char)m_Palette.FindMatch(&black) : 0;
+    for (xlong y = 0; y < lHeight; ++y)
+    {
+        const unsigned char *pFrom = pBuffer + (ptrdiff_t)y * m_pMode->lRowBytes;
+        unsigned char *pTo = pTarget->m_pData + (ptrdiff_t)y * pTarget->m_lPitch;
+        for (xlong x = 0; x < lWidth; ++x)
+        {
+            switch (m_pMode->lDepth)
+            {
+            case 8:
+                pTo[x] = (x + y) & 1 ? ucBlack : pFrom[x];
+                break;
+            case 16:
+            {
+                unsigned short us;
+                memcpy(&us, pFrom + 2 * x, 2);
+                TRGBA color;
+                format.Unpack(us, color);
+                const unsigned uGrey = (color.ucRed / 8 + color.ucGreen / 8 + color.ucBlue / 8) / 6u;
+                us = format.Pack(uGrey * 8, uGrey * 8, uGrey * 8);
+                memcpy(pTo + 2 * x, &us, 2);
+                break;
+            }
+            case 24:
+                memset(pTo + 3 * x, (pFrom[3 * x] + pFrom[3 * x + 1] + pFrom[3 * x + 2]) / 6, 3);
+                break;
+            }
+        }
+    }
+    ReleaseScreenBuffer();
+    pTarget->m_bChanged = 1;
+}

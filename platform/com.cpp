@@ -1,0 +1,166 @@
+// COM without its servers: what it takes to make shell links and identifiers.
+#include "platform/shelllink.h"
+
+#include <errno.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/random.h>
+#include <unistd.h>
+
+namespace
+{
+int s_lInitialized = 0;
+int s_lSockets = 0;
+
+/// One character of UTF-8. A byte that belongs to none gives the lone
+/// surrogate 0xDC00 + byte and, if asked for, a complaint.
+size_t Decode(const unsigned char *p, size_t ulLeft, uint32_t *pulChar, bool *pbInvalid)
+{
+    static const uint32_t s_aulFirst[5] = { 0, 0, 0x80, 0x800, 0x10000 };
+    const size_t ulLength = p[0] < 0x80 ? 1 : p[0] < 0xC0 ? 0 : p[0] < 0xE0 ? 2 : p[0] < 0xF0 ? 3 : p[0] < 0xF8 ? 4 : 0;
+    if (ulLength == 1)
+    {
+        *pulChar = p[0];
+        return 1;
+    }
+    bool bValid = ulLength != 0 && ulLength <= ulLeft;
+    uint32_t ul = bValid ? p[0] & (0x7Fu >> ulLength) : 0;
+    for (size_t i = 1; bValid && i < ulLength; ++i)
+    {
+        bValid = (p[i] & 0xC0) == 0x80;
+        ul = ul << 6 | (p[i] & 0x3F);
+    }
+    if (bValid && ul >= s_aulFirst[ulLength] && ul <= 0x10FFFF && (ul < 0xD800 || ul > 0xDFFF))
+    {
+        *pulChar = ul;
+        return ulLength;
+    }
+    *pulChar = 0xDC00u + p[0];
+    *pbInvalid = true;
+    return 1;
+}
+} // namespace
+
+HRESULT CoInitialize(LPVOID)
+{
+    return s_lInitialized++ ? S_FALSE : S_OK;
+}
+
+void CoUninitialize()
+{
+    if (s_lInitialized)
+        --s_lInitialized;
+}
+
+HRESULT CoCreateInstance(REFCLSID clsid, IUnknown *pOuter, DWORD ulContext, REFIID iid, LPVOID *ppObject)
+{
+    if (!ppObject)
+        return E_POINTER;
+    *ppObject = nullptr;
+    if (!s_lInitialized)
+        return CO_E_NOTINITIALIZED;
+    if (pOuter)
+        return CLASS_E_NOAGGREGATION;
+    if (!(clsid == CLSID_ShellLink) || !(ulContext & CLSCTX_INPROC_SERVER))
+        return REGDB_E_CLASSNOTREG;
+    return CreateShellLink(iid, ppObject);
+}
+
+HRESULT CoCreateGuid(GUID *pGuid)
+{
+    if (!pGuid)
+        return E_POINTER;
+    BYTE aucRandom[sizeof(GUID)];
+    if (getrandom(aucRandom, sizeof(aucRandom), 0) != (ssize_t)sizeof(aucRandom))
+        return E_FAIL;
+    memcpy(pGuid, aucRandom, sizeof(GUID));
+    // Version 4: all else is random.
+    pGuid->Data3 = (WORD)((pGuid->Data3 & 0x0FFF) | 0x4000);
+    pGuid->Data4[0] = (BYTE)((pGuid->Data4[0] & 0x3F) | 0x80);
+    return S_OK;
+}
+
+RPC_STATUS UuidToStringA(const UUID *pUuid, RPC_CSTR *ppszText)
+{
+    char *psz = (char *)malloc(37);
+    if (!psz)
+        return RPC_S_OUT_OF_MEMORY;
+    const UUID zero = {};
+    const UUID &u = pUuid ? *pUuid : zero;
+    snprintf(psz, 37, "%08x-%04x-%04x-%02x%02x-%02x%02x%02x%02x%02x%02x", u.Data1, u.Data2, u.Data3, u.Data4[0],
+             u.Data4[1], u.Data4[2], u.Data4[3], u.Data4[4], u.Data4[5], u.Data4[6], u.Data4[7]);
+    *ppszText = (RPC_CSTR)psz;
+    return RPC_S_OK;
+}
+
+RPC_STATUS RpcStringFreeA(RPC_CSTR *ppszText)
+{
+    if (ppszText)
+    {
+        free(*ppszText);
+        *ppszText = nullptr;
+    }
+    return RPC_S_OK;
+}
+
+int MultiByteToWideChar(UINT ulCodePage, DWORD ulFlags, LPCSTR pszText, int lLength, LPWSTR pszWide, int lWideSize)
+{
+    if (!pszText || !lLength || lWideSize < 0 || (lWideSize && !pszWide) ||
+        (ulCodePage != CP_ACP && ulCodePage != CP_UTF8))
+    {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return 0;
+    }
+    const size_t ulLength = lLength < 0 ? strlen(pszText) + 1 : (size_t)lLength;
+    int lCount = 0;
+    bool bInvalid = false;
+    for (size_t i = 0; i < ulLength; ++lCount)
+    {
+        uint32_t ulChar;
+        i += Decode((const unsigned char *)pszText + i, ulLength - i, &ulChar, &bInvalid);
+        if (lWideSize && lCount == lWideSize)
+        {
+            SetLastError(ERROR_INSUFFICIENT_BUFFER);
+            return 0;
+        }
+        if (lWideSize)
+            pszWide[lCount] = (WCHAR)ulChar;
+    }
+    if (bInvalid && (ulFlags & MB_ERR_INVALID_CHARS))
+    {
+        SetLastError(ERROR_NO_UNICODE_TRANSLATION);
+        return 0;
+    }
+    return lCount;
+}
+
+DWORD GetCurrentProcessId()
+{
+    return (DWORD)getpid();
+}
+
+int WSAStartup(WORD usVersion, WSADATA *pData)
+{
+    if (!pData)
+        return WSAEFAULT;
+    if (LOBYTE(usVersion) < 1)
+        return WSAVERNOTSUPPORTED;
+    memset(pData, 0, sizeof(*pData));
+    pData->wHighVersion = MAKEWORD(2, 2);
+    pData->wVersion = LOBYTE(usVersion) > 2 ? pData->wHighVersion : usVersion;
+    strcpy(pData->szDescription, "Sockets of the system");
+    strcpy(pData->szSystemStatus, "Running");
+    ++s_lSockets;
+    return 0;
+}
+
+int WSACleanup()
+{
+    if (!s_lSockets)
+    {
+        SetLastError(WSANOTINITIALISED);
+        return SOCKET_ERROR;
+    }
+    --s_lSockets;
+    return 0;
+}

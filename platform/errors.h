@@ -1,0 +1,8 @@
+#pragma once
+
+#include "platform/win32.h"
+
+/// The Win32 error that stands for a value of errno.
+DWORD ErrorOf(int lErrno);
+/// Sets the last error from errno. @return FALSE
+BOOL FailWithErrno();

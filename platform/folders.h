@@ -1,0 +1,6 @@
+#pragma once
+
+#include "platform/win32.h"
+
+/// SHGetFolderPathA of the built-in module: the desktop's own folders.
+HRESULT GetFolderPath(HWND hOwner, int lFolder, HANDLE hToken, DWORD ulFlags, LPSTR pszPath);

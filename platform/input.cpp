@@ -1,0 +1,152 @@
+#include "platform/input.h"
+#include "platform/window.h"
+
+#include <string.h>
+
+namespace
+{
+bool s_abKeyDown[256];
+bool s_abButtonDown[3];
+bool s_bKeyWithAlt = false; // a key was pressed while Alt is held
+
+const WPARAM BUTTON_FLAG[] = { MK_LBUTTON, MK_RBUTTON, MK_MBUTTON };
+const UINT BUTTON_MSG[] = { WM_LBUTTONDOWN, WM_RBUTTONDOWN, WM_MBUTTONDOWN };
+
+WPARAM HeldFlags()
+{
+    WPARAM wFlags = 0;
+    for (int i = 0; i < 3; ++i)
+        if (s_abButtonDown[i])
+            wFlags |= BUTTON_FLAG[i];
+    if (s_abKeyDown[VK_LSHIFT] || s_abKeyDown[VK_RSHIFT])
+        wFlags |= MK_SHIFT;
+    if (s_abKeyDown[VK_LCONTROL] || s_abKeyDown[VK_RCONTROL])
+        wFlags |= MK_CONTROL;
+    return wFlags;
+}
+
+/// Messages name the key without its side; the scan code and the extended bit tell it.
+int MessageKey(int lVirtualKey)
+{
+    switch (lVirtualKey)
+    {
+    case VK_LSHIFT:
+    case VK_RSHIFT:
+        return VK_SHIFT;
+    case VK_LCONTROL:
+    case VK_RCONTROL:
+        return VK_CONTROL;
+    case VK_LMENU:
+    case VK_RMENU:
+        return VK_MENU;
+    default:
+        return lVirtualKey;
+    }
+}
+
+void PostSysCommand(HWND hWnd, WPARAM wCommand)
+{
+    POINT pt = {};
+    GetCursorPos(&pt);
+    PostMessageA(hWnd, WM_SYSCOMMAND, wCommand, MAKELPARAM(pt.x, pt.y));
+}
+} // namespace
+
+void InputPointer(HWND hWnd, int lX, int lY)
+{
+    PostInput(hWnd, WM_MOUSEMOVE, HeldFlags(), MAKELPARAM(lX, lY), 0);
+}
+
+void InputButton(HWND hWnd, EMouseButton eButton, bool bDown, int lX, int lY)
+{
+    s_abButtonDown[eButton] = bDown;
+    PostInput(hWnd, BUTTON_MSG[eButton] + (bDown ? 0 : 1), HeldFlags(), MAKELPARAM(lX, lY), 0);
+}
+
+void InputKey(HWND hWnd, const TKeyEvent *pKey)
+{
+    const int lKey = pKey->lVirtualKey & 0xFF;
+    const bool bWasDown = s_abKeyDown[lKey];
+    const bool bAltWasDown = s_abKeyDown[VK_LMENU] || s_abKeyDown[VK_RMENU];
+    s_abKeyDown[lKey] = pKey->bDown;
+    const bool bAlt = s_abKeyDown[VK_LMENU] || s_abKeyDown[VK_RMENU];
+    const bool bControl = s_abKeyDown[VK_LCONTROL] || s_abKeyDown[VK_RCONTROL];
+    const int lMessageKey = MessageKey(lKey);
+
+    bool bSystem;
+    if (lMessageKey == VK_MENU)
+    {
+        bSystem = !bControl && (pKey->bDown || !s_bKeyWithAlt);
+        if (pKey->bDown && !bWasDown)
+            s_bKeyWithAlt = false;
+    }
+    else
+    {
+        bSystem = (bAlt && !bControl) || lMessageKey == VK_F10;
+        if (bAlt && pKey->bDown)
+            s_bKeyWithAlt = true;
+    }
+    DWORD ulData = 1 | (DWORD)(pKey->lScanCode & 0xFF) << 16;
+    if (pKey->bExtended)
+        ulData |= 1u << 24;
+    if (bSystem && (bAlt || bAltWasDown))
+        ulData |= 1u << 29;
+    if (bWasDown || !pKey->bDown || pKey->bRepeat)
+        ulData |= 1u << 30;
+    if (!pKey->bDown)
+        ulData |= 1u << 31;
+    const UINT ulMsg = bSystem ? (pKey->bDown ? WM_SYSKEYDOWN : WM_SYSKEYUP) : (pKey->bDown ? WM_KEYDOWN : WM_KEYUP);
+    PostInput(hWnd, ulMsg, (WPARAM)lMessageKey, (LPARAM)ulData, pKey->ucChar);
+}
+
+void InputClose(HWND hWnd)
+{
+    PostSysCommand(hWnd, SC_CLOSE);
+}
+
+void InputState(HWND hWnd, EShowState eState)
+{
+    const DWORD ulNow = hWnd->ulStyle & (WS_MINIMIZE | WS_MAXIMIZE);
+    switch (eState)
+    {
+    case SHOW_MINIMIZED:
+        if (!(ulNow & WS_MINIMIZE))
+            PostSysCommand(hWnd, SC_MINIMIZE);
+        break;
+    case SHOW_MAXIMIZED:
+        if (ulNow != WS_MAXIMIZE)
+            PostSysCommand(hWnd, SC_MAXIMIZE);
+        break;
+    case SHOW_NORMAL:
+        if (ulNow)
+            PostSysCommand(hWnd, SC_RESTORE);
+        break;
+    case SHOW_HIDDEN:
+        break;
+    }
+}
+
+void InputPlace(HWND hWnd, const RECT *prcClient)
+{
+    AcceptPlace(hWnd, *prcClient);
+}
+
+void InputFocus(HWND hWnd, bool bFocus)
+{
+    if (bFocus)
+        Activate(hWnd, WA_ACTIVE);
+    else if (ActiveWindow() == hWnd)
+        Deactivate(false);
+}
+
+void InputExpose(HWND hWnd)
+{
+    InvalidateRect(hWnd, nullptr, TRUE);
+}
+
+void ResetInput()
+{
+    memset(s_abKeyDown, 0, sizeof(s_abKeyDown));
+    memset(s_abButtonDown, 0, sizeof(s_abButtonDown));
+    s_bKeyWithAlt = false;
+}

@@ -1,0 +1,35 @@
+// What a backend reports: it becomes messages here, in Windows' order.
+#pragma once
+
+#include "platform/backend.h"
+
+enum EMouseButton
+{
+    BUTTON_LEFT,
+    BUTTON_RIGHT,
+    BUTTON_MIDDLE,
+};
+
+struct TKeyEvent
+{
+    int lVirtualKey; ///< of the left or right key where there are two
+    int lScanCode;
+    bool bExtended;
+    bool bDown;
+    bool bRepeat;
+    unsigned char ucChar; ///< what it types, 0 for nothing
+};
+
+/// Positions are in pixels of the client area.
+void InputPointer(HWND hWnd, int lX, int lY);
+void InputButton(HWND hWnd, EMouseButton eButton, bool bDown, int lX, int lY);
+void InputKey(HWND hWnd, const TKeyEvent *pKey);
+
+void InputClose(HWND hWnd);
+void InputState(HWND hWnd, EShowState eState);
+void InputPlace(HWND hWnd, const RECT *prcClient);
+void InputFocus(HWND hWnd, bool bFocus);
+void InputExpose(HWND hWnd);
+
+/// Forgets keys and buttons that are held.
+void ResetInput();

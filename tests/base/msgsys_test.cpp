@@ -1,0 +1,91 @@
+#include "base/msgsys.h"
+
+#include "support.h"
+#include "tarvix/llist.h"
+
+namespace
+{
+std::vector<int> s_Calls;
+
+class CSink : public CMsgSys, public CWinMsg
+{
+public:
+    explicit CSink(int nNumber) : m_nNumber(nNumber) {}
+
+    xlong MsgHandler(xulong ulMsg, xlong lA, xlong lB) override
+    {
+        s_Calls.push_back(m_nNumber);
+        return 0;
+    }
+
+    int m_nNumber;
+};
+
+class CMsgSysTest : public testing::Test
+{
+protected:
+    std::vector<int> Send(xulong ulMsg)
+    {
+        s_Calls.clear();
+        EXPECT_EQ(!s_Calls.empty(), MsgSysSend(ulMsg, 0, 0) != 0 && !s_Calls.empty());
+        return s_Calls;
+    }
+
+    CTestGlobals m_Globals;
+};
+} // namespace
+
+TEST_F(CMsgSysTest, SinksAreCalledByFallingPriorityOldestFirst)
+{
+    EXPECT_EQ(0, MsgSysSend(2, 0, 0));
+    CSink a(1), b(2), c(3), d(4);
+    MsgSysRegister(&a, 2, 5);
+    MsgSysRegister(&b, 2, -100);
+    MsgSysRegister(&c, 2, 5);
+    MsgSysRegister(&d, 2, 100);
+    MsgSysRegister(&a, 2, 5);
+    MsgSysRegister(&a, 2, -101);
+    MsgSysRegister(&b, 3, 7);
+    MsgSysSend(2, 0, 0);
+    EXPECT_EQ((std::vector<int>{ 4, 1, 3, 2, 1 }), Send(2));
+    EXPECT_EQ((std::vector<int>{ 2 }), Send(3));
+    EXPECT_EQ(0, MsgSysSend(4, 0, 0));
+
+    MsgSysUnregister(&a, 2, -1);
+    EXPECT_EQ((std::vector<int>{ 4, 3, 2, 1 }), Send(2)) << "the first registration alone";
+    MsgSysUnregister(&a, 2, 5);
+    EXPECT_EQ((std::vector<int>{ 4, 3, 2, 1 }), Send(2)) << "no such priority";
+    {
+        CSink dying(9);
+        MsgSysRegister(&dying, 2, 50);
+        MsgSysRegister(&dying, 2, 51);
+    }
+    EXPECT_EQ((std::vector<int>{ 4, 3, 2, 1 }), Send(2));
+}
+
+TEST_F(CMsgSysTest, WindowSinksKeepTheOrderOfRegistration)
+{
+    CSink a(1), b(2);
+    EXPECT_EQ(1, RegisterWinMsg(&a, 10));
+    EXPECT_EQ(1, RegisterWinMsg(&b, 10));
+    EXPECT_EQ(1, RegisterWinMsg(&a, 10));
+    EXPECT_EQ(1, RegisterWinMsg(&a, 11));
+    ASSERT_EQ(3, sglb->m_pWinMsgList->GetNumNodes());
+    UnRegisterWinMsg(&a, 12);
+    UnRegisterWinMsg(&a, 10);
+    EXPECT_EQ(2, sglb->m_pWinMsgList->GetNumNodes());
+
+    // After a removal the new first record is passed over: of three in a row
+    // at the head the second stays.
+    UnRegisterWinMsg(&b, 10);
+    RegisterWinMsg(&a, 12);
+    RegisterWinMsg(&a, 13);
+    UnRegisterWinMsgAll(&a);
+    ASSERT_EQ(1, sglb->m_pWinMsgList->GetNumNodes());
+    sglb->m_pWinMsgList->First();
+    EXPECT_EQ(12u, ((TWinMsgSink *)sglb->m_pWinMsgList->Get())->ulMsg);
+    UnRegisterWinMsgAll(&a);
+    EXPECT_EQ(0, sglb->m_pWinMsgList->GetNumNodes());
+    xExit();
+    EXPECT_EQ(nullptr, sglb->m_pWinMsgList);
+}

@@ -1,0 +1,196 @@
+#include "tarvix/screen.h"
+
+#include "screensupport.h"
+
+#include <array>
+
+namespace
+{
+std::array<xlong, 4> Corners(const CRect &rc)
+{
+    return { rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom };
+}
+
+class CScreenBaseTest : public CScreenTest
+{
+};
+} // namespace
+
+TEST_F(CScreenBaseTest, AreasMergeWhenTheyOverlapEnough)
+{
+    SetMode(640, 480, 16);
+    CDibScreen &s = *Screen();
+    xlong &lCount = s.m_lClearCount[0];
+    ASSERT_EQ(0, lCount);
+    s.AddClearArea(0, 0, 10, 10);
+    s.AddClearArea(0, 0, 10, 10);
+    EXPECT_EQ(1, lCount) << "an equal area is there already";
+    s.AddClearArea(15, 15, 5, 5);
+    EXPECT_EQ(2, lCount) << "reversed, and too little in common";
+    EXPECT_EQ((std::array<xlong, 4>{ 5, 5, 15, 15 }), Corners(s.m_ClearAreas[0][1]));
+    s.AddClearArea(1, 1, 9, 9);
+    EXPECT_EQ(3, lCount);
+    EXPECT_EQ((std::array<xlong, 4>{ -100, -100, -101, -101 }), Corners(s.m_ClearAreas[0][0])) << "cancelled";
+    EXPECT_EQ((std::array<xlong, 4>{ 0, 0, 10, 10 }), Corners(s.m_ClearAreas[0][2]));
+    s.m_bPersistentMode = 0;
+    s.AddClearArea(100, 100, 110, 110);
+    EXPECT_EQ(3, lCount) << "only with a persistent picture";
+    s.m_bPersistentMode = 1;
+
+    lCount = 0;
+    for (xlong i = 0; i < 128; ++i)
+        s.AddClearArea(i * 4, 0, i * 4, 0);
+    EXPECT_EQ(128, lCount);
+    s.AddClearArea(0, 300, 5, 305);
+    EXPECT_EQ(1, lCount);
+    EXPECT_EQ((std::array<xlong, 4>{ 0, 0, 639, 479 }), Corners(s.m_ClearAreas[0][0]));
+}
+
+TEST_F(CScreenBaseTest, ListsReachTheirPages)
+{
+    SetMode(640, 480, 8);
+    CDibScreen &s = *Screen();
+    s.m_lValidateCount[0] = 0;
+    s.AddClearAreaPersistent(1, 2, 3, 4);
+    EXPECT_EQ(1, s.m_lPersistentCount[0]);
+    EXPECT_LE(1, s.m_lPersistentCount[1]);
+    EXPECT_EQ(0, s.m_lPersistentCount[2]) << "two pages in a window";
+    s.AddClearAreaGui(1, 2, 3, 4);
+    EXPECT_EQ(1, s.m_lClearCount[0]);
+    EXPECT_EQ(0, s.m_lClearCount[1]) << "a window takes the plain operation";
+    s.SetClip(10, 10, 20, 20);
+    s.AddShadowArea(0, 0, 12, 12);
+    s.AddShadowArea(0, 0, 5, 5);
+    for (int nPage = 0; nPage < 3; ++nPage)
+    {
+        ASSERT_EQ(1, s.m_lValidateCount[nPage]);
+        EXPECT_EQ((std::array<xlong, 4>{ 10, 10, 12, 12 }), Corners(s.m_ValidateAreas[nPage][0]));
+    }
+    EXPECT_EQ(0, s.m_lPage);
+}
+
+TEST_F(CScreenBaseTest, ClipStackHolds32)
+{
+    SetMode(640, 480, 8);
+    CDibScreen &s = *Screen();
+    s.SetClip(-5, 10, 1000, 20);
+    EXPECT_EQ((std::array<xlong, 4>{ 0, 10, 639, 20 }), Corners(s.m_rcClip));
+    s.SetSubClip(100, 0, 50, 15);
+    EXPECT_EQ((std::array<xlong, 4>{ 50, 10, 100, 15 }), Corners(s.m_rcClip));
+    EXPECT_EQ(1, s.PushClip());
+    s.SetSubClip(0, 0, 5, 5);
+    EXPECT_EQ((std::array<xlong, 4>{ 0, 0, 0, 0 }), Corners(s.m_rcClip)) << "one pixel is still let through";
+    for (int i = 1; i < 32; ++i)
+        EXPECT_EQ(1, s.PushClip());
+    EXPECT_EQ(0, s.PushClip());
+    for (int i = 0; i < 32; ++i)
+        EXPECT_EQ(1, s.PopClip());
+    EXPECT_EQ((std::array<xlong, 4>{ 50, 10, 100, 15 }), Corners(s.m_rcClip));
+    EXPECT_EQ(0, s.PopClip());
+    EXPECT_EQ(1, s.PushClip()) << "a pop too many does no harm";
+}
+
+TEST_F(CScreenBaseTest, BuffersComeAndGo)
+{
+    CDibScreen &s = *Screen();
+    EXPECT_EQ(0, s.SetPersistentMode(1)) << "not without a mode";
+    EXPECT_EQ(0, s.m_bPersistentMode);
+    SetMode(800, 600, 24);
+    EXPECT_EQ(1, s.SetBackgroundMode(1));
+    EXPECT_EQ(1, s.SetAlphaBufferMode(1));
+    ASSERT_TRUE(s.m_pPersistent && s.m_pBackground && s.m_pAlpha);
+    EXPECT_EQ(24, s.m_pBackground->m_lDepth);
+    EXPECT_EQ(8, s.m_pAlpha->m_lDepth);
+    EXPECT_EQ(800, s.m_pAlpha->m_lWidth);
+
+    // The background's copies have odd sizes.
+    TRGBA white(255, 255, 255), found;
+    s.m_pPersistent->Fill(&white);
+    s.SetPersistentToBackground();
+    s.m_pBackground->GetPixel(798, 598, &found);
+    EXPECT_EQ(255, found.ucRed);
+    s.m_pBackground->GetPixel(799, 598, &found);
+    EXPECT_EQ(0, found.ucRed);
+    TRGBA black(0, 0, 0);
+    s.m_pPersistent->Fill(&black);
+    s.UpdateFromBackgroundToPersistent(0, 0, 1, 1);
+    s.m_pPersistent->GetPixel(639, 479, &found);
+    EXPECT_EQ(255, found.ucRed);
+    s.m_pPersistent->GetPixel(640, 479, &found);
+    EXPECT_EQ(0, found.ucRed);
+
+    // A grey copy of the alpha source, made in place.
+    CBitmap alpha;
+    alpha.CreateRGB(4, 4, 24, 8, 8, 8, 0, 8, 16, 0);
+    alpha.Fill(&white);
+    s.DrawBitmapAlpha(&alpha, 0, 0, 2, 3, -1, -1, 0, 0);
+    EXPECT_EQ(8, alpha.m_lDepth);
+    EXPECT_EQ(alpha.m_pData[0], s.m_pAlpha->m_pData[3 * s.m_pAlpha->m_lPitch + 2]);
+
+    EXPECT_EQ(1, s.SetPersistent(0));
+    EXPECT_EQ(0, s.m_bPersistentMode);
+    EXPECT_EQ(nullptr, s.m_pPersistent);
+    s.ExitMode();
+    EXPECT_EQ(nullptr, s.GetActiveMode());
+    EXPECT_EQ(nullptr, s.m_pAlpha);
+    EXPECT_EQ(0, s.ModeFirst()) << "the mode records are gone too";
+}
+
+// Each depth has its own way to grey.
+TEST_F(CScreenBaseTest, AGreyScreenBecomesThePersistentPicture)
+{
+    for (xlong lDepth : { 8, 16, 24 })
+    {
+        SetMode(640, 480, lDepth);
+        CDibScreen &s = *Screen();
+        const std::vector<unsigned char> frame = FillFrame(5);
+        EXPECT_EQ(1, s.SetScreenToPersistentGrey());
+        s.FlipPage();
+        EXPECT_EQ(0, s.m_bGreyPending);
+        const CBitmap &p = *s.m_pPersistent;
+        TRGBA black(0, 0, 0);
+        for (xlong y = 0; y < 480; y += 7)
+        {
+            for (xlong x = 0; x < 640; x += 5)
+            {
+                const unsigned char *pFrom = &frame[(size_t)y * Mode().lRowBytes + x * Mode().lBytesPerPixel];
+                const unsigned char *pTo = p.m_pData + y * p.m_lPitch + x * p.m_lBytesPerPixel;
+                if (lDepth == 8)
+                    ASSERT_EQ((x + y) % 2 ? s.m_Palette.FindMatch(&black) : *pFrom, *pTo);
+                else if (lDepth == 16)
+                {
+                    unsigned short usFrom, usTo;
+                    memcpy(&usFrom, pFrom, 2);
+                    memcpy(&usTo, pTo, 2);
+                    const int nGrey = ((usFrom >> 10 & 31) + (usFrom >> 5 & 31) + (usFrom & 31)) / 6;
+                    ASSERT_EQ(nGrey << 10 | nGrey << 5 | nGrey, usTo);
+                }
+                else
+                    ASSERT_EQ((pFrom[0] + pFrom[1] + pFrom[2]) / 6, pTo[2]);
+            }
+        }
+    }
+}
+
+TEST_F(CScreenBaseTest, PersistentDrawingQueuesWhatItDrew)
+{
+    SetMode(640, 480, 16);
+    CDibScreen &s = *Screen();
+    CBitmap bitmap;
+    bitmap.CreateRGB(20, 10, 16, 5, 5, 5, 10, 5, 0, 0);
+    TRGBA white(255, 255, 255);
+    bitmap.Fill(&white);
+    s.m_lPersistentCount[0] = 0;
+    s.DrawBitmapPersistent(&bitmap, 0, 0, 630, -4, -1, -2, 0, 0);
+    ASSERT_EQ(1, s.m_lPersistentCount[0]);
+    EXPECT_EQ((std::array<xlong, 4>{ 630, 0, 639, 5 }), Corners(s.m_PersistentAreas[0][0]));
+    s.DrawBitmapPersistent(&bitmap, 0, 0, 640, 0, -1, -1, 0, 0);
+    EXPECT_EQ(1, s.m_lPersistentCount[0]);
+    CRect rcFrom, rcTo;
+    rcTo.Set(100, 100, 110, 110);
+    s.DrawBitmapPersistentScale(&bitmap, &rcFrom, &rcTo, 0);
+    EXPECT_EQ(2, s.m_lPersistentCount[0]);
+    s.m_bPersistentMode = 0;
+    s.DrawBitmapPersistent(&bitmap, 0, 0, 0, 0, -1, -1, 0, 0);
+    EXPECT_EQ(2, s.m_lPersistentCount[0]);
+}

@@ -89,10 +89,6 @@ void FreeListNodePool()
     xSysFreeMem(pPool);
 }
 
-// The walk is inline; hosts that link it by name find it here.
-[[gnu::used]] static short (CLList::*const s_pfnExported[])() = { &CLList::First, &CLList::Next, &CLList::Exists };
-[[gnu::used]] static void *(CLList::*const s_pfnExportedGet)() = &CLList::Get;
-
 CLList::CLList()
     : m_lNumNodes(0), m_lCurrNodeNr(0), m_pFirst(nullptr), m_pLast(nullptr), m_pCurr(nullptr), m_aStack(),
       m_lStackDepth(0)
@@ -104,10 +100,26 @@ CLList::~CLList()
     KillAll();
 }
 
+short CLList::First()
+{
+    m_pCurr = m_pFirst;
+    m_lCurrNodeNr = 0;
+    return m_pCurr != nullptr;
+}
+
 short CLList::Last()
 {
     m_pCurr = m_pLast;
     m_lCurrNodeNr = m_lNumNodes;
+    return m_pCurr != nullptr;
+}
+
+short CLList::Next()
+{
+    if (!m_pCurr)
+        return 0;
+    m_pCurr = m_pCurr->pNext;
+    ++m_lCurrNodeNr;
     return m_pCurr != nullptr;
 }
 
@@ -118,6 +130,16 @@ short CLList::Prev()
     m_pCurr = m_pCurr->pPrev;
     --m_lCurrNodeNr;
     return m_pCurr != nullptr;
+}
+
+short CLList::Exists()
+{
+    return m_pCurr != nullptr;
+}
+
+void *CLList::Get()
+{
+    return m_pCurr ? m_pCurr->pData : nullptr;
 }
 
 void *CLList::Get(xulong ulIndex)

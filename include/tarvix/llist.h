@@ -26,27 +26,15 @@ public:
     ~CLList();
 
     /// To the first node, number 0. @return non-zero if there is one
-    short First()
-    {
-        m_pCurr = m_pFirst;
-        m_lCurrNodeNr = 0;
-        return m_pCurr != nullptr;
-    }
+    short First();
     /// To the last node; the number becomes the count of nodes, one more than its index.
     short Last();
     /// @return non-zero if the cursor is still on a node; 0 without a cursor
-    short Next()
-    {
-        if (!m_pCurr)
-            return 0;
-        m_pCurr = m_pCurr->pNext;
-        ++m_lCurrNodeNr;
-        return m_pCurr != nullptr;
-    }
+    short Next();
     short Prev();
-    short Exists() { return m_pCurr != nullptr; }
+    short Exists();
     /// @return the data at the cursor; null past the end
-    void *Get() { return m_pCurr ? m_pCurr->pData : nullptr; }
+    void *Get();
     /// Moves the cursor to a node by its index.
     /// @return its data; null with the cursor past the end if the list is shorter
     void *Get(xulong ulIndex);

@@ -1,16 +1,11 @@
 #include "tarvix/llist.h"
 
-#include "llistpool.h"
+#include "nodepool.h"
 #include "tarvix/globals.h"
 #include "tarvix/objpool.h"
 
-// Nodes never come from the tracking allocator, which keeps its records in
-// lists itself: they come from a pool on the system layer.
-
 namespace
 {
-const xulong s_ulPoolSlots = 256;
-
 void *NewNode()
 {
     return xSysAllocMem(sizeof(CNode));
@@ -21,28 +16,9 @@ void ClearNode(void *pNode)
     memset(pNode, 0, sizeof(CNode));
 }
 
-CObjPool *MakeNodePool()
-{
-    void *pPlace = xSysAllocMem(sizeof(CObjPool));
-    if (!pPlace)
-        return nullptr;
-    CObjPool *pPool = new (pPlace) CObjPool;
-    if (!pPool->Init(0, -1, s_ulPoolSlots, NewNode, xSysFreeMem, ClearNode, ClearNode))
-    {
-        pPool->~CObjPool();
-        xSysFreeMem(pPlace);
-        return nullptr;
-    }
-    return pPool;
-}
-
 CObjPool *NodePool()
 {
-    if (!glb)
-        return nullptr;
-    if (!glb->m_pListNodePool)
-        glb->m_pListNodePool = MakeNodePool();
-    return glb->m_pListNodePool;
+    return glb ? GetNodePool(glb->m_pListNodePool, NewNode, ClearNode, ClearNode) : nullptr;
 }
 
 CNode *List_AllocNode()
@@ -76,18 +52,6 @@ CNode *NodeFor(void *pItem, xlong lIsNode)
     return pNode;
 }
 } // namespace
-
-void FreeListNodePool()
-{
-    CObjPool *pPool = glb ? glb->m_pListNodePool : nullptr;
-    if (!pPool)
-        return;
-    glb->m_pListNodePool = nullptr;
-    while (void *pNode = pPool->Dequeue())
-        xSysFreeMem(pNode);
-    pPool->~CObjPool();
-    xSysFreeMem(pPool);
-}
 
 CLList::CLList()
     : m_lNumNodes(0), m_lCurrNodeNr(0), m_pFirst(nullptr), m_pLast(nullptr), m_pCurr(nullptr), m_aStack(),

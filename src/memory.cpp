@@ -1,23 +1,13 @@
 #include "tarvix/memory.h"
 
 #include "ansi/simd.h"
+#include "blocktag.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
+#include "tarvix/memorytrack.h"
 
 namespace
 {
-// The tag stands in the last four bytes of a header that keeps the caller's
-// pointer as aligned as a block of the system layer, which on 32 bits is no
-// more than the tag itself.
-const size_t s_ulHeader = sizeof(void *) == 4 ? 4 : 16;
-const char s_szPlainTag[] = "XFAL";
-const char s_szTrackedTag[] = "XCAL";
-
-bool HasTag(const void *pMem, const char *pszTag)
-{
-    return !memcmp((const char *)pMem - 4, pszTag, 4);
-}
-
 // Stores three vectors again and again. The end is filled backwards from the
 // last byte, where the pattern's period ends too: ulPeriod bytes are there at least.
 void FillTail(unsigned char *pTo, unsigned char *pEnd, const __m128i *pPattern, size_t ulPeriod)
@@ -80,11 +70,8 @@ void *xAllocMemFunc(xulong ulSize, const char *pszFile, xlong lLine)
 {
     if (ulSize > 0x7fffff00)
         return nullptr;
-    char *pBlock = (char *)xSysAllocMem((xlong)(ulSize + s_ulHeader));
-    if (!pBlock)
-        return nullptr;
-    memcpy(pBlock + s_ulHeader - 4, s_szPlainTag, 4);
-    return pBlock + s_ulHeader;
+    void *pBlock = xSysAllocMem((xlong)(ulSize + s_ulTagHeader));
+    return pBlock ? SetTag(pBlock, s_szPlainTag) : nullptr;
 }
 
 void *xAllocMem(xulong ulSize, const char *pszFile, xlong lLine)
@@ -102,16 +89,16 @@ int xFreeMem(void *pMem, const char *pszFile, xlong lLine)
     }
     if (HasTag(pMem, s_szPlainTag))
     {
-        // A second free of the same block must not find the tag again.
-        memset((char *)pMem - 4, 0, 4);
-        xSysFreeMem((char *)pMem - s_ulHeader);
+        xSysFreeMem(TakeTag(pMem));
         return 1;
     }
     if (HasTag(pMem, s_szTrackedTag))
     {
-        if (glb && !glb->m_pMemory)
-            glb->m_Error.SetErrorf(
-                "xFreemem: Memory was allocated with memory class but the memory object do not exists");
+        if (!glb)
+            return 0;
+        if (glb->m_pMemory)
+            return glb->m_pMemory->Free(pMem, pszFile, lLine);
+        glb->m_Error.SetErrorf("xFreemem: Memory was allocated with memory class but the memory object do not exists");
         return 0;
     }
     if (glb)

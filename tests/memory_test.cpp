@@ -26,9 +26,6 @@ TEST(MemoryTest, TagsTellTheLayersApart)
     EXPECT_EQ(0, xFreeMem(pSys + 16, "file.cpp", 12));
     EXPECT_EQ("xFreeMem: invalid memory pointer (no XCAL or XFAL header)\nFreed in file file.cpp at line 12",
               LastError());
-    memcpy(pSys, "XCAL", 4);
-    EXPECT_EQ(0, xFreeMem(pSys + 4, nullptr, 0));
-    EXPECT_EQ("xFreemem: Memory was allocated with memory class but the memory object do not exists", LastError());
     xSysFreeMem(pSys);
 
     void *pEmpty = xAllocMem(0, nullptr, 0);

@@ -256,7 +256,7 @@ CFile::~CFile()
 
 xlong CFile::Flush()
 {
-    if (!m_pFile || fflush(m_pFile))
+    if (!m_pFile || fflush(m_pFile) || ferror(m_pFile))
         return xError(XERR_WRITE);
     return 1;
 }

@@ -1,9 +1,10 @@
 #include "base/msgsys.h"
-#include "llistpool.h"
+#include "nodepool.h"
 #include "tarvix/dibscreen.h"
 #include "tarvix/globals.h"
 #include "tarvix/llist.h"
 #include "tarvix/memory.h"
+#include "tarvix/memorytrack.h"
 #include "tarvix/objpool.h"
 #include "tarvix/pictype.h"
 #include "tarvix/screen.h"
@@ -148,10 +149,11 @@ void RunPools()
 
 xlong xCreateGlobals()
 {
+    glb->m_pMemory = XNEW(CMemory);
     glb->m_pPicTypeList = XNEW(CPicTypeList);
     glb->m_pScreenList = XNEW(CScreenBaseList);
     glb->m_pusSquares = (unsigned short *)XNEW(char[514]);
-    if (!glb->m_pPicTypeList || !glb->m_pScreenList || !glb->m_pusSquares)
+    if (!glb->m_pMemory || !glb->m_pPicTypeList || !glb->m_pScreenList || !glb->m_pusSquares)
         return glb->m_Error.SetError(XERR_MEMORY, 0, 0, nullptr, 0);
     for (unsigned u = 0; u < 256; ++u)
         glb->m_pusSquares[u] = (unsigned short)(u * u);
@@ -181,7 +183,15 @@ void xFreeGlobals()
         glb->m_pMsgSinkList->KillAllData();
     DeleteAndClear(glb->m_pMsgSinkList);
     DeleteAndClear(glb->m_pSpareList2);
-    FreeListNodePool();
+    // Last, since it tells what was not released. Its destructor is not virtual.
+    if (glb->m_pMemory)
+    {
+        glb->m_pMemory->CMemory::~CMemory();
+        CMemory::operator delete(glb->m_pMemory);
+        glb->m_pMemory = nullptr;
+    }
+    FreeNodePool(glb->m_pAvlNodePool);
+    FreeNodePool(glb->m_pListNodePool);
 }
 
 xlong xInit(int nArgs, char **const ppszArgs)

@@ -2,9 +2,13 @@
 // own writers, and close relatives of them where we only read.
 #include "support.h"
 
+#include "tarvix/archive.h"
+#include "tarvix/base64.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/pictype.h"
+#include "tarvix/rle.h"
 #include "tarvix/system.h"
+#include "tarvix/xiff.h"
 
 #include <string.h>
 
@@ -64,13 +68,95 @@ void MakePalSeeds(const std::filesystem::path &folder)
     Write(folder / "ramp.pal", strBytes);
     Write(folder / "short.pal", strBytes.substr(0, 100));
 }
+
+void MakeXiffSeeds(const std::filesystem::path &folder)
+{
+    const std::filesystem::path path = folder / "tree.xif";
+    CXIFF file;
+    file.Open(path.string().c_str(), FILE_WRITE | FILE_LITTLE_ENDIAN);
+    for (const char *pszName : { "A", "Inner", "", "A" })
+        file.AddChunk(pszName, 0);
+    file.WriteLong(7);
+    file.Close();
+    // The steps of the walk come first.
+    const std::string strTree = Read(path);
+    Write(path, std::string("\x0c\2\2\x0c\2\4\6\x4c\2\2\2\x0a\x3c\4\4\6", 16) + strTree);
+    Write(folder / "find.xif", std::string(16, '\x7c') + strTree);
+}
+
+std::string SampleText()
+{
+    std::string str;
+    for (int i = 0; i < 300; ++i)
+        str += "Window " + std::to_string(i % 17) + " = { }\r\n";
+    return str;
+}
+
+void MakeLzssSeeds(const std::filesystem::path &folder)
+{
+    CLzss lzss;
+    Write(folder / "text", SampleText());
+    lzss.Compress((folder / "text").string().c_str(), (folder / "text.lzs").string().c_str());
+    Write(folder / "run", std::string(100, 'r'));
+    lzss.Compress((folder / "run").string().c_str(), (folder / "run.lzs").string().c_str());
+}
+
+void MakeArchiveSeeds(const std::filesystem::path &folder)
+{
+    const std::string strText = (folder / "text").string(), strSmall = (folder / "small").string();
+    Write(strText, SampleText());
+    Write(strSmall, "stored");
+    CArchive archive;
+    archive.OpenNew((folder / "two.arc").string().c_str());
+    archive.AddFile(strSmall.c_str(), "dir/small");
+    archive.AddFile(strText.c_str(), "text");
+    archive.Close();
+}
+
+void MakeRleSeeds(const std::filesystem::path &folder)
+{
+    const unsigned char ucValues[] = "aaaaaaaaaaaaaaaaaaaaaaabbbcd";
+    unsigned char ucPacked[64] = { 8, 20 };
+    CRle rle;
+    rle.Init(8, 0);
+    const xlong lSize = rle.Pack(ucValues, ucPacked + 2, sizeof(ucValues));
+    Write(folder / "bytes", std::string((const char *)ucPacked, (size_t)lSize + 2));
+}
+
+void MakeBase64Seeds(const std::filesystem::path &folder)
+{
+    const std::string strText = SampleText().substr(0, 200);
+    for (const int bCRLF : { 0, 1 })
+    {
+        unsigned char *pText = nullptr;
+        xulong ulLen = 0;
+        CBase64::Encode((const unsigned char *)strText.data(), (xulong)strText.size() - bCRLF * 2, pText, ulLen, bCRLF);
+        Write(folder / ("text" + std::to_string(bCRLF)), std::string((const char *)pText, ulLen));
+        xFreeMemFunc(pText, nullptr, 0);
+    }
+}
+
+void MakeUuSeeds(const std::filesystem::path &folder)
+{
+    const std::string strText = SampleText().substr(0, 100);
+    char szLines[400];
+    const xulong ulLen = UUEncode(strText.data(), szLines, (xulong)strText.size());
+    Write(folder / "lines", std::string(szLines, ulLen));
+}
+
+void MakeDebugSeeds(const std::filesystem::path &folder)
+{
+    Write(folder / "options", "DebugLevel=DBGL_KCBL\r\nStdDebug=1\nDebugScreen=1\n\nName = a value \n=\nlast=");
+}
+
 const struct
 {
     const char *pszName;
     void (*pfnMake)(const std::filesystem::path &folder);
 } s_Makers[] = {
-    { "bmp", MakeBmpSeeds },
-    { "pal", MakePalSeeds },
+    { "archive", MakeArchiveSeeds }, { "base64", MakeBase64Seeds }, { "bmp", MakeBmpSeeds },
+    { "debug", MakeDebugSeeds },     { "lzss", MakeLzssSeeds },     { "pal", MakePalSeeds },
+    { "rle", MakeRleSeeds },         { "uu", MakeUuSeeds },         { "xiff", MakeXiffSeeds },
 };
 } // namespace
 

@@ -12,6 +12,8 @@ namespace
 {
 const xulong s_ulStored = 0xffffffff;
 const xulong s_ulHeader = 10;
+const xulong s_ulMostExpansion = 8; // no token gives more than 17 bytes for its 17 bits
+const xulong s_ulMostBytes = 0x7fffff00;
 const xulong s_ulLongestName = 0xffff;
 const xulong s_ulSmallestPacked = 2049; // bytes: below, nothing is gained
 const char *const s_pszPackedTypes[] = { "mp3", "jpg", "xrs" };
@@ -147,33 +149,28 @@ xlong CArchive::AddFile(const char *pszFile, const char *pszStoreAs)
 
 xlong CArchive::ExtractArchive(const char *pszArchive, const char *pszDestDir, int bDelete)
 {
-    xulong ulArchive = 0, ulPos = 0;
-    {
-        CFile file;
-        if (!file.Open(pszArchive, FILE_READ | FILE_LITTLE_ENDIAN))
-        {
-            Trace("CArchive::ExtractArchive Could not Open%s\n", pszArchive);
-            return 0;
-        }
-        if (!file.GetSize(&ulArchive))
-        {
-            Trace("CArchive::ExtractArchive Could not GetSize\n");
-            return 0;
-        }
-        do
-        {
-            if (!ExtractRecord(file, ulArchive, pszDestDir))
-                return 0;
-            if (!file.GetPos(&ulPos, FILE_SEEK_START))
-            {
-                Trace("CArchive::ExtractArchive Could not get pos for file \n");
-                return 0;
-            }
-        } while (ulPos != ulArchive);
-    }
+    const auto Extract = [](CArchive &archive, CFile &file, const TArchiveEntry &entry, void *pUser)
+    { return archive.ExtractEntry(file, entry, (const char *)pUser); };
+    if (!WalkRecords(pszArchive, Extract, (void *)pszDestDir))
+        return 0;
     if (bDelete)
         xFileDelete(pszArchive);
     return 1;
+}
+
+xlong CArchive::ListArchive(const char *pszArchive, xlong (*pfnEntry)(const TArchiveEntry *, void *), void *pUser)
+{
+    struct TList
+    {
+        xlong (*pfnEntry)(const TArchiveEntry *, void *);
+        void *pUser;
+    } list = { pfnEntry, pUser };
+    const auto List = [](CArchive &, CFile &file, const TArchiveEntry &entry, void *pWork) -> xlong
+    {
+        const TList &work = *(const TList *)pWork;
+        return work.pfnEntry(&entry, work.pUser) && file.Seek((xlong)entry.ulData, FILE_SEEK_CUR);
+    };
+    return WalkRecords(pszArchive, List, &list);
 }
 
 xlong CArchive::SetCallback(void (*pFunc)(xlong, xlong, xlong), xlong lPeriod)
@@ -207,79 +204,100 @@ xlong CArchive::IsSafeName(const char *pszName)
     return 1;
 }
 
-// One record from the position on. Its sizes are believed only as far as the
-// archive can hold them.
-xlong CArchive::ExtractRecord(CFile &file, xulong ulArchive, const char *pszDestDir)
+// From record to record, with the position at the data of each, which the work
+// moves past. Sizes are believed only as far as the archive can hold them.
+xlong CArchive::WalkRecords(const char *pszArchive, TRecordWork pfnWork, void *pUser)
 {
-    xlong lPacked = 0, lSize = 0;
-    short sName = 0;
-    if (!file.ReadLong(&lPacked) || !file.ReadLong(&lSize) || !file.ReadWord(&sName))
+    CFile file;
+    xulong ulArchive = 0, ulPos = 0;
+    if (!file.Open(pszArchive, FILE_READ | FILE_LITTLE_ENDIAN))
     {
-        Trace("CArchive::ExtractArchive Could not read file\n");
+        Trace("CArchive::ExtractArchive Could not Open%s\n", pszArchive);
         return 0;
     }
-    const xulong ulName = (unsigned short)sName;
-    const xulong ulData = (xulong)lPacked == s_ulStored ? (xulong)lSize : (xulong)lPacked;
-    char *pszName = XNEW(char[ulName + 1]);
-    if (!pszName || !file.Read(pszName, ulName))
+    if (!file.GetSize(&ulArchive))
     {
+        Trace("CArchive::ExtractArchive Could not GetSize\n");
+        return 0;
+    }
+    do
+    {
+        xlong lPacked = 0, lSize = 0;
+        short sName = 0;
+        if (!file.ReadLong(&lPacked) || !file.ReadLong(&lSize) || !file.ReadWord(&sName))
+        {
+            Trace("CArchive::ExtractArchive Could not read file\n");
+            return 0;
+        }
+        const xulong ulName = (unsigned short)sName;
+        const bool bStored = (xulong)lPacked == s_ulStored;
+        char *pszName = XNEW(char[ulName + 1]);
+        if (!pszName)
+            return xError(XERR_MEMORY);
+        pszName[ulName] = 0;
+        const TArchiveEntry entry = { pszName, (xulong)lSize, (xulong)(bStored ? lSize : lPacked), bStored };
+        xlong lResult = file.Read(pszName, ulName) && file.GetPos(&ulPos, FILE_SEEK_START);
+        if (lResult && (entry.ulData > ulArchive - ulPos ||
+                        (!bStored && entry.ulSize > (uint64_t)entry.ulData * s_ulMostExpansion)))
+        {
+            Trace("CArchive::ExtractArchive Could not read file\n");
+            lResult = 0;
+        }
+        lResult = lResult && pfnWork(*this, file, entry, pUser);
         XDELETE_ARRAY(pszName);
-        return 0;
-    }
-    pszName[ulName] = 0;
-    char *pszTarget = pszDestDir ? String_MergeDirectoryAndFile(pszDestDir, pszName) : nullptr;
-    const char *const pszFile = pszDestDir ? pszTarget : pszName;
-    xlong lResult = pszFile != nullptr;
-    if (lResult && m_bSafeNames && !IsSafeName(pszName))
-        lResult = xErrorTxt("CArchive::ExtractArchive: A name leads out of the directory.");
-    if (lResult)
-        lResult = ReadData(file, ulArchive, (xulong)lPacked, (xulong)lSize);
+        if (!lResult)
+            return 0;
+        if (!file.GetPos(&ulPos, FILE_SEEK_START))
+        {
+            Trace("CArchive::ExtractArchive Could not get pos for file \n");
+            return 0;
+        }
+    } while (ulPos != ulArchive);
+    return 1;
+}
+
+xlong CArchive::ExtractEntry(CFile &file, const TArchiveEntry &entry, const char *pszDestDir)
+{
+    if (m_bSafeNames && !IsSafeName(entry.pszName))
+        return xErrorTxt("CArchive::ExtractArchive: A name leads out of the directory.");
+    char *pszMerged = pszDestDir ? String_MergeDirectoryAndFile(pszDestDir, entry.pszName) : nullptr;
+    const char *const pszTarget = pszDestDir ? pszMerged : entry.pszName;
+    xlong lResult = pszTarget && ReadData(file, entry);
     if (lResult)
     {
-        const xlong lRecord = (xlong)(ulName + ulData + s_ulHeader);
+        const xlong lRecord = (xlong)(strlen(entry.pszName) + entry.ulData + s_ulHeader);
         if (m_pfnCallback)
             m_pfnCallback(lRecord, lRecord, 1);
-        lResult = CreateDirs(pszFile);
+        lResult = CreateDirs(pszTarget);
         if (!lResult)
-            Trace("CArchive::ExtractArchive xCreateDirsForFile %s\n", pszFile);
-        lResult = lResult && WriteWhole(pszFile, m_pSource, (xulong)lSize);
+            Trace("CArchive::ExtractArchive xCreateDirsForFile %s\n", pszTarget);
+        lResult = lResult && WriteWhole(pszTarget, m_pSource, entry.ulSize);
     }
     FreeBuffers();
-    String_Free(pszTarget);
-    XDELETE_ARRAY(pszName);
+    String_Free(pszMerged);
     return lResult;
 }
 
-// The data of a record, unpacked, to m_pSource.
-xlong CArchive::ReadData(CFile &file, xulong ulArchive, xulong ulPacked, xulong ulSize)
+// The file's bytes, unpacked, to m_pSource.
+xlong CArchive::ReadData(CFile &file, const TArchiveEntry &entry)
 {
-    const bool bStored = ulPacked == s_ulStored;
-    const xulong ulData = bStored ? ulSize : ulPacked;
-    xulong ulPos = 0;
-    if (!file.GetPos(&ulPos, FILE_ABSOLUTE) || ulData > ulArchive - ulPos)
-    {
-        Trace("CArchive::ExtractArchive Could not read file\n");
-        return 0;
-    }
-    // No token gives more than 17 bytes for its 17 bits.
-    if (!bStored && ulSize > (uint64_t)ulPacked * 8)
-        return 0;
     FreeBuffers();
-    m_pSource = ulSize > 0x7fffff00 ? nullptr : XNEW(char[ulSize]);
-    m_pPacked = bStored || ulData > 0x7fffff00 ? nullptr : XNEW(char[ulData]);
-    if (!m_pSource || (!m_pPacked && !bStored))
+    m_pSource = entry.ulSize > s_ulMostBytes ? nullptr : XNEW(char[entry.ulSize]);
+    m_pPacked = entry.lStored || entry.ulData > s_ulMostBytes ? nullptr : XNEW(char[entry.ulData]);
+    if (!m_pSource || (!m_pPacked && !entry.lStored))
     {
         xprintf(__FILE__, __LINE__, this, DBGL_ALL, "CArchive::ExtractArchive Could not create filebuffer of size %d\n",
-                (int)ulSize);
-        return 0;
+                (int)entry.ulSize);
+        return xError(XERR_MEMORY);
     }
-    if (!file.Read(bStored ? m_pSource : m_pPacked, ulData))
+    if (!file.Read(entry.lStored ? m_pSource : m_pPacked, entry.ulData))
     {
         Trace("CArchive::ExtractArchive Could not read file\n");
         return 0;
     }
-    xulong ulUnpacked = ulSize;
-    return bStored || (m_Lzss.ExpandBuffer(m_pPacked, m_pSource, &ulUnpacked, ulData) && ulUnpacked == ulSize);
+    xulong ulUnpacked = entry.ulSize;
+    return entry.lStored ||
+           (m_Lzss.ExpandBuffer(m_pPacked, m_pSource, &ulUnpacked, entry.ulData) && ulUnpacked == entry.ulSize);
 }
 
 void CArchive::FreeBuffers()

@@ -136,6 +136,25 @@ TEST_F(CArchiveTest, DamageEndsTheRunAndWhatCameBeforeStays)
     }
 }
 
+TEST_F(CArchiveTest, ListsWhatThereIs)
+{
+    const std::string strPacked = Packed("dir/two", std::string(4000, '2'));
+    WriteFile("a.arc", Stored("one", "first") + strPacked);
+    std::string strList;
+    const auto Note = [](const TArchiveEntry *pEntry, void *pUser)
+    {
+        *(std::string *)pUser += std::string(pEntry->pszName) + " " + std::to_string(pEntry->ulSize) + " " +
+                                 std::to_string(pEntry->ulData) + (pEntry->lStored ? " stored\n" : " packed\n");
+        return (xlong)(((std::string *)pUser)->size() < 100);
+    };
+    EXPECT_EQ(1, m_Archive.ListArchive("a.arc", Note, &strList));
+    EXPECT_EQ("one 5 5 stored\ndir/two 4000 " + std::to_string(strPacked.size() - 17) + " packed\n", strList);
+    strList.assign(100, ' ');
+    EXPECT_EQ(0, m_Archive.ListArchive("a.arc", Note, &strList)) << "ended by the function";
+    WriteFile("cut.arc", (Stored("one", "first") + strPacked).substr(0, 40));
+    EXPECT_EQ(0, m_Archive.ListArchive("cut.arc", Note, &strList));
+}
+
 TEST_F(CArchiveTest, NamesThatLeadOutAreRefusedWhereTheHostWantsIt)
 {
     const struct

@@ -6,6 +6,15 @@
 
 class CFile;
 
+/// What the archive says of one file.
+struct TArchiveEntry
+{
+    const char *pszName;
+    xulong ulSize; ///< bytes of the file
+    xulong ulData; ///< bytes in the archive
+    xlong lStored; ///< 1 when they are not packed
+};
+
 /// Files packed one behind the other, to be unpacked from front to back. A
 /// record, with its numbers in little-endian order:
 ///   4 bytes  packed size; 0xFFFFFFFF for data that is stored as it is
@@ -37,6 +46,10 @@ public:
     /// @param pszDestDir  null for the names as they are
     /// @param bDelete     deletes the archive behind a good end
     xlong ExtractArchive(const char *pszArchive, const char *pszDestDir, int bDelete);
+    /// Calls pfnEntry with each record, from front to back, until it returns 0;
+    /// the entry and its name are only valid meanwhile.
+    /// @return 1; 0 when a record is damaged or pfnEntry has ended the walk
+    xlong ListArchive(const char *pszArchive, xlong (*pfnEntry)(const TArchiveEntry *pEntry, void *pUser), void *pUser);
     /// Progress of files that are packed; of an extraction, once for each file.
     /// @param lPeriod  milliseconds between calls
     xlong SetCallback(void (*pFunc)(xlong lPos, xlong lTotal, xlong bStart), xlong lPeriod);
@@ -56,8 +69,10 @@ public:
     char *m_pPacked;
 
 private:
-    xlong ExtractRecord(CFile &file, xulong ulArchive, const char *pszDestDir);
-    xlong ReadData(CFile &file, xulong ulArchive, xulong ulPacked, xulong ulSize);
+    typedef xlong (*TRecordWork)(CArchive &archive, CFile &file, const TArchiveEntry &entry, void *pUser);
+    xlong WalkRecords(const char *pszArchive, TRecordWork pfnWork, void *pUser);
+    xlong ExtractEntry(CFile &file, const TArchiveEntry &entry, const char *pszDestDir);
+    xlong ReadData(CFile &file, const TArchiveEntry &entry);
     void FreeBuffers();
 
     int m_bSafeNames;

@@ -1,0 +1,92 @@
+// What the tools share: the library without a screen, and one way to fail.
+#pragma once
+
+#include "tarvix/globals.h"
+#include "tarvix/start.h"
+
+#include <stdio.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+enum
+{
+    EXIT_GOOD = 0,
+    EXIT_BAD = 1,  ///< a file or its contents
+    EXIT_USAGE = 2 ///< the command line
+};
+
+/// The globals of a program that opens no window.
+class CTool
+{
+public:
+    explicit CTool(const char *pszName) : m_pszName(pszName)
+    {
+        glb = new SGlobals;
+        sglb = new SSysGlobals;
+        m_bReady = xCreateGlobals() != 0;
+    }
+    CTool(const CTool &) = delete;
+    CTool &operator=(const CTool &) = delete;
+    ~CTool()
+    {
+        xFreeGlobals();
+        delete sglb;
+        delete glb;
+        sglb = nullptr;
+        glb = nullptr;
+    }
+
+    bool IsReady() const { return m_bReady; }
+
+    /// One line: the program, the file and what is wrong with it.
+    int Fail(const std::string &strFile, const std::string &strWhy) const
+    {
+        fprintf(stderr, "%s: %s%s%s\n", m_pszName, strFile.c_str(), strFile.empty() ? "" : ": ", strWhy.c_str());
+        return EXIT_BAD;
+    }
+
+    /// The same with the library's last report, or with strOtherwise if there is none.
+    int FailWithReport(const std::string &strFile, const std::string &strOtherwise) const
+    {
+        return Fail(strFile, glb->m_Error.GetErrCode() ? glb->m_Error.GetError(nullptr) : strOtherwise);
+    }
+
+    int Usage(const char *pszUsage, const std::string &strWhy) const
+    {
+        fprintf(stderr, "%s: %s\n%s", m_pszName, strWhy.c_str(), pszUsage);
+        return EXIT_USAGE;
+    }
+
+private:
+    const char *m_pszName;
+    bool m_bReady;
+};
+
+inline bool ReadWhole(const std::string &strPath, std::string &strBytes)
+{
+    std::ifstream file(strPath, std::ios::binary);
+    strBytes.assign(std::istreambuf_iterator<char>(file), {});
+    return file.good() || file.eof();
+}
+
+/// Under another name first: a failure leaves the old file as it was.
+inline bool WriteWhole(const std::string &strPath, const std::string &strBytes)
+{
+    const std::string strPart = strPath + ".part";
+    {
+        std::ofstream file(strPart, std::ios::binary);
+        file << strBytes;
+        if (!file.flush())
+        {
+            remove(strPart.c_str());
+            return false;
+        }
+    }
+#ifdef _WIN32
+    remove(strPath.c_str());
+#endif
+    return rename(strPart.c_str(), strPath.c_str()) == 0;
+}

@@ -38,9 +38,9 @@ void *CMemory::Alloc(xulong ulSize, const char *pszFile, xlong lLine)
         lLine = glb->m_lNewLine;
     }
     const size_t ulName = pszFile ? strlen(pszFile) + 1 : 0;
-    const size_t ulTotal = (size_t)ulSize + ulName + s_ulBlockSlack + s_ulTagHeader;
+    const uint64_t ullTotal = (uint64_t)ulSize + ulName + s_ulBlockSlack + s_ulTagHeader;
     TMemEntry *const pEntry = (TMemEntry *)xSysAllocMem(s_ulEntrySize);
-    void *const pBlock = ulTotal > 0x7fffff00 ? nullptr : xSysAllocMem((xlong)ulTotal);
+    void *const pBlock = ullTotal > 0x7fffff00 ? nullptr : xSysAllocMem((xlong)ullTotal);
     if (pEntry && pBlock)
     {
         *pEntry = {};

@@ -136,10 +136,10 @@ void Compare(paired::CTable &table, size_t ulCount, const char *pszPeer, double 
     if (ours.tree.Sum() != peer.tree.Sum())
         return table.Differs("tree: walk", strSize, pszPeer);
     table.Row("tree: find", strSize, paired::Measure([&] { ours.FindAll(); }, [&] { peer.FindAll(); }), pszPeer, dGoal);
-    table.Row("tree: walk", strSize,
-              paired::Measure([&] { paired::Keep((void *)ours.tree.Sum()); },
-                              [&] { paired::Keep((void *)peer.tree.Sum()); }),
-              pszPeer, dGoal);
+    table.Row(
+        "tree: walk", strSize,
+        paired::Measure([&] { paired::Keep((void *)ours.tree.Sum()); }, [&] { paired::Keep((void *)peer.tree.Sum()); }),
+        pszPeer, dGoal);
 }
 } // namespace
 

@@ -138,9 +138,10 @@ bool PlainDecode(const std::string &strFrom, const unsigned char *pTable, char *
     return true;
 }
 
-void CompareBase64(paired::CTable &table)
+void CompareBase64(paired::CTable &table, size_t ulBytes)
 {
-    const std::string strPlain = RandomBytes().substr(0, 120000);
+    const std::string strPlain = RandomBytes().substr(0, ulBytes);
+    const std::string strSize = std::to_string(ulBytes) + " B";
     unsigned char ucTable[256];
     memset(ucTable, 255, sizeof(ucTable));
     for (int n = 0; n < 64; ++n)
@@ -163,13 +164,13 @@ void CompareBase64(paired::CTable &table)
     plainEncode();
     oursEncode();
     if (std::string((const char *)pTo, ulTo) != strText)
-        return table.Differs("base64 encode", "117 KB", "plain");
-    table.Row("base64 encode", "117 KB", paired::Measure(oursEncode, plainEncode), "plain", 4);
+        return table.Differs("base64 encode", strSize, "plain");
+    table.Row("base64 encode", strSize, paired::Measure(oursEncode, plainEncode), "plain", 4);
     oursDecode();
     plainDecode();
     if (strBack != strPlain || memcmp(pTo, strPlain.data(), strPlain.size()))
-        return table.Differs("base64 decode", "117 KB", "plain");
-    table.Row("base64 decode", "117 KB", paired::Measure(oursDecode, plainDecode), "plain", 4);
+        return table.Differs("base64 decode", strSize, "plain");
+    table.Row("base64 decode", strSize, paired::Measure(oursDecode, plainDecode), "plain", 4);
     xFreeMemFunc(pTo, nullptr, 0);
 }
 } // namespace
@@ -183,6 +184,7 @@ int main()
     CompareLzss(table, "picture", Picture());
     CompareLzss(table, "program", Program());
     CompareLzss(table, "random bytes", RandomBytes());
-    CompareBase64(table);
+    for (const size_t ulBytes : { 300, 6000, 60000, 180000 })
+        CompareBase64(table, ulBytes);
     return 0;
 }

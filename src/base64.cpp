@@ -4,6 +4,7 @@
 #include "tarvix/memory.h"
 
 #include <algorithm>
+#include <stdint.h>
 
 namespace
 {
@@ -26,68 +27,67 @@ struct TDecodeTable
 
 constexpr TDecodeTable s_Decode;
 
-// 24 bytes become 32 characters. Reads 28 bytes, from 4 before the first on.
-TARVIX_TARGET_AVX2 void EncodeBlock(const unsigned char *pSource, unsigned char *pDest)
+// Each 24 bytes become 32 characters. Reads from 4 bytes before the first on.
+TARVIX_TARGET_AVX2 void EncodeBlocks(const unsigned char *pSource, size_t ulBlocks, unsigned char *pDest)
 {
     // Each half takes 12 bytes; every four lanes get three of them as 1 0 2 1.
-    const __m256i xBytes = _mm256_shuffle_epi8(
-        _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128((const __m128i *)(pSource - 4))),
-                                _mm_loadu_si128((const __m128i *)(pSource + 8)), 1),
-        _mm256_set_epi8(14, 15, 13, 14, 11, 12, 10, 11, 8, 9, 7, 8, 5, 6, 4, 5, 14, 15, 13, 14, 11, 12, 10, 11, 8, 9, 7,
-                        8, 5, 6, 4, 5));
-    // The halves of a 32-bit lane move by multiplication: values 0 and 2 down, 1 and 3 up.
-    const __m256i xDown =
-        _mm256_mulhi_epu16(_mm256_and_si256(xBytes, _mm256_set1_epi32(0x0fc0fc00)), _mm256_set1_epi32(0x04000040));
-    const __m256i xUp =
-        _mm256_mullo_epi16(_mm256_and_si256(xBytes, _mm256_set1_epi32(0x003f03f0)), _mm256_set1_epi32(0x01000010));
-    const __m256i xValues = _mm256_or_si256(xDown, xUp);
+    const __m256i xOrder = _mm256_set_epi8(14, 15, 13, 14, 11, 12, 10, 11, 8, 9, 7, 8, 5, 6, 4, 5, 14, 15, 13, 14, 11,
+                                           12, 10, 11, 8, 9, 7, 8, 5, 6, 4, 5);
     // What is added to a value depends on its range: 0 to 25, 26 to 51, then one for each of 52 to 63.
-    const __m256i xOffsets = _mm256_setr_epi8('a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
-                                              '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0,
-                                              'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
-                                              '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0);
-    const __m256i xUpper = _mm256_and_si256(_mm256_cmpgt_epi8(_mm256_set1_epi8(26), xValues), _mm256_set1_epi8(13));
-    const __m256i xRange = _mm256_or_si256(_mm256_subs_epu8(xValues, _mm256_set1_epi8(51)), xUpper);
-    _mm256_storeu_si256((__m256i *)pDest, _mm256_add_epi8(xValues, _mm256_shuffle_epi8(xOffsets, xRange)));
+    const __m256i xOffsets = _mm256_broadcastsi128_si256(_mm_setr_epi8('a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
+                                                                       '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
+                                                                       '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0));
+    for (; ulBlocks; --ulBlocks, pSource += 24, pDest += 32)
+    {
+        const __m128i xLow = _mm_loadu_si128((const __m128i *)(pSource - 4));
+        const __m128i xHigh = _mm_loadu_si128((const __m128i *)(pSource + 8));
+        const __m256i xBytes =
+            _mm256_shuffle_epi8(_mm256_inserti128_si256(_mm256_castsi128_si256(xLow), xHigh, 1), xOrder);
+        // The halves of a 32-bit lane move by multiplication: values 0 and 2 down, 1 and 3 up.
+        const __m256i xDown =
+            _mm256_mulhi_epu16(_mm256_and_si256(xBytes, _mm256_set1_epi32(0x0fc0fc00)), _mm256_set1_epi32(0x04000040));
+        const __m256i xUp =
+            _mm256_mullo_epi16(_mm256_and_si256(xBytes, _mm256_set1_epi32(0x003f03f0)), _mm256_set1_epi32(0x01000010));
+        const __m256i xValues = _mm256_or_si256(xDown, xUp);
+        const __m256i xUpper = _mm256_and_si256(_mm256_cmpgt_epi8(_mm256_set1_epi8(26), xValues), _mm256_set1_epi8(13));
+        const __m256i xRange = _mm256_or_si256(_mm256_subs_epu8(xValues, _mm256_set1_epi8(51)), xUpper);
+        _mm256_storeu_si256((__m256i *)pDest, _mm256_add_epi8(xValues, _mm256_shuffle_epi8(xOffsets, xRange)));
+    }
 }
 
-TARVIX_TARGET_AVX2 inline __m256i InRange(__m256i xChars, char cFirst, char cLast)
+// Each 32 characters become 24 bytes, and 8 more are written behind them.
+// @return blocks done: it stops at one with another character in it
+TARVIX_TARGET_AVX2 size_t DecodeBlocks(const unsigned char *pSource, size_t ulBlocks, unsigned char *pDest)
 {
-    return _mm256_and_si256(_mm256_cmpgt_epi8(xChars, _mm256_set1_epi8((char)(cFirst - 1))),
-                            _mm256_cmpgt_epi8(_mm256_set1_epi8((char)(cLast + 1)), xChars));
-}
-
-TARVIX_TARGET_AVX2 inline __m256i Offset(__m256i xMask, int nOffset)
-{
-    return _mm256_and_si256(xMask, _mm256_set1_epi8((char)nOffset));
-}
-
-// 32 characters become 24 bytes, and 8 more are written.
-// @return false, with nothing done, if there is another character among them
-TARVIX_TARGET_AVX2 bool DecodeBlock(const unsigned char *pSource, unsigned char *pDest)
-{
-    const __m256i xChars = _mm256_loadu_si256((const __m256i *)pSource);
-    const __m256i xUpper = InRange(xChars, 'A', 'Z'), xLower = InRange(xChars, 'a', 'z');
-    const __m256i xDigit = InRange(xChars, '0', '9');
-    const __m256i xPlus = _mm256_cmpeq_epi8(xChars, _mm256_set1_epi8('+'));
-    const __m256i xSlash = _mm256_cmpeq_epi8(xChars, _mm256_set1_epi8('/'));
-    const __m256i xGood =
-        _mm256_or_si256(_mm256_or_si256(xUpper, xLower), _mm256_or_si256(xDigit, _mm256_or_si256(xPlus, xSlash)));
-    if (_mm256_movemask_epi8(xGood) != -1)
-        return false;
-    const __m256i xOffset = _mm256_or_si256(
-        _mm256_or_si256(Offset(xUpper, -'A'), Offset(xLower, 26 - 'a')),
-        _mm256_or_si256(Offset(xDigit, 52 - '0'), _mm256_or_si256(Offset(xPlus, 62 - '+'), Offset(xSlash, 63 - '/'))));
-    const __m256i xValues = _mm256_add_epi8(xChars, xOffset);
-    // Pairs of 6 bits to 12, pairs of 12 to 24, then the three bytes of each lane together.
-    const __m256i xPairs = _mm256_maddubs_epi16(xValues, _mm256_set1_epi32(0x01400140));
-    const __m256i xFours = _mm256_madd_epi16(xPairs, _mm256_set1_epi32(0x00011000));
-    const __m256i xPacked =
-        _mm256_shuffle_epi8(xFours, _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1, 2, 1, 0, 6,
-                                                     5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1));
-    _mm256_storeu_si256((__m256i *)pDest,
-                        _mm256_permutevar8x32_epi32(xPacked, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7)));
-    return true;
+    // For each upper half of a character, a bit; for each lower half, the bits
+    // of the upper ones with which it makes no character of the alphabet.
+    const __m256i xUpperBits = _mm256_broadcastsi128_si256(
+        _mm_setr_epi8(0x10, 0x10, 0x01, 0x02, 0x04, 0x08, 0x04, 0x08, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10));
+    const __m256i xLowerBad = _mm256_broadcastsi128_si256(
+        _mm_setr_epi8(0x15, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x13, 0x1a, 0x1b, 0x1b, 0x1b, 0x1a));
+    // What a character is moved by, from its upper half; "/" counts as one less.
+    const __m256i xMoves = _mm256_broadcastsi128_si256(
+        _mm_setr_epi8(0, 63 - '/', 62 - '+', 52 - '0', -'A', -'A', 26 - 'a', 26 - 'a', 0, 0, 0, 0, 0, 0, 0, 0));
+    const __m256i xHalf = _mm256_set1_epi8(15);
+    const __m256i xPack =
+        _mm256_broadcastsi128_si256(_mm_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1));
+    const __m256i xJoin = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7);
+    size_t ul = 0;
+    for (; ul < ulBlocks; ++ul, pSource += 32, pDest += 24)
+    {
+        const __m256i xChars = _mm256_loadu_si256((const __m256i *)pSource);
+        const __m256i xUpper = _mm256_and_si256(_mm256_srli_epi32(xChars, 4), xHalf);
+        const __m256i xLower = _mm256_and_si256(xChars, xHalf);
+        if (!_mm256_testz_si256(_mm256_shuffle_epi8(xLowerBad, xLower), _mm256_shuffle_epi8(xUpperBits, xUpper)))
+            break;
+        const __m256i xSlash = _mm256_cmpeq_epi8(xChars, _mm256_set1_epi8('/'));
+        const __m256i xValues = _mm256_add_epi8(xChars, _mm256_shuffle_epi8(xMoves, _mm256_add_epi8(xSlash, xUpper)));
+        // Pairs of 6 bits to 12, pairs of 12 to 24, then the three bytes of each lane together.
+        const __m256i xPairs = _mm256_maddubs_epi16(xValues, _mm256_set1_epi32(0x01400140));
+        const __m256i xFours = _mm256_madd_epi16(xPairs, _mm256_set1_epi32(0x00011000));
+        _mm256_storeu_si256((__m256i *)pDest, _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(xFours, xPack), xJoin));
+    }
+    return ul;
 }
 
 bool IsSpace(unsigned char uc)
@@ -106,7 +106,6 @@ int CBase64::Encode(const unsigned char *pSource, xulong ulLen, unsigned char *&
     pDest = XNEW(unsigned char[ulSize]);
     if (!pDest)
         return 0;
-    memset(pDest, '!', ulSize);
     unsigned char *pTo = pDest;
     const unsigned char *const pStart = pSource;
     const unsigned char *const pEnd = pSource + ulLen;
@@ -121,12 +120,14 @@ int CBase64::Encode(const unsigned char *pSource, xulong ulLen, unsigned char *&
         }
         if (pEnd - pSource < 3)
             break;
-        if (bBlocks && pSource - pStart >= 4 && pEnd - pSource >= 24 && (!bCRLF || ulLine + 32 <= s_ulLineChars))
+        const size_t ulMost = bCRLF ? (s_ulLineChars - ulLine) / 32 : SIZE_MAX;
+        const size_t ulBlocks = std::min((size_t)(pEnd - pSource) / 24, ulMost);
+        if (bBlocks && ulBlocks && pSource - pStart >= 4)
         {
-            EncodeBlock(pSource, pTo);
-            pSource += 24;
-            pTo += 32;
-            ulLine += 32;
+            EncodeBlocks(pSource, ulBlocks, pTo);
+            pSource += ulBlocks * 24;
+            pTo += ulBlocks * 32;
+            ulLine += (xulong)ulBlocks * 32;
             continue;
         }
         Encode24Bits(pSource, pTo);
@@ -134,6 +135,7 @@ int CBase64::Encode(const unsigned char *pSource, xulong ulLen, unsigned char *&
         pTo += 4;
         ulLine += 4;
     }
+    memset(pTo, '!', (size_t)(pDest + ulSize - pTo));
     if (pSource != pEnd)
     {
         EncodeLastBits(pSource, (xulong)(pEnd - pSource), pTo);
@@ -172,11 +174,14 @@ int CBase64::Decode(const unsigned char *pSource, xulong ulLen, unsigned char *&
     xulong ulValue = 0, ulGood = 0;
     while (pSource != pEnd)
     {
-        if (bBlocks && !ulGood && pEnd - pSource >= 32 && pDestEnd - pTo >= 32 && DecodeBlock(pSource, pTo))
+        if (bBlocks && !ulGood && pEnd - pSource >= 32 && pDestEnd - pTo >= 32)
         {
-            pSource += 32;
-            pTo += 24;
-            continue;
+            const size_t ulMost = std::min((size_t)(pEnd - pSource) / 32, (size_t)(pDestEnd - pTo - 8) / 24);
+            const size_t ulDone = DecodeBlocks(pSource, ulMost, pTo);
+            pSource += ulDone * 32;
+            pTo += ulDone * 24;
+            if (ulDone)
+                continue;
         }
         const unsigned char uc = *pSource++;
         if (uc == '=')

@@ -14,6 +14,7 @@
 #include "tarvix/file.h"
 #include "tarvix/font.h"
 #include "tarvix/globals.h"
+#include "tarvix/kcbl.h"
 #include "tarvix/llist.h"
 #include "tarvix/lzss.h"
 #include "tarvix/memory.h"

@@ -1,0 +1,52 @@
+// What the files of CKCBL share.
+#pragma once
+
+#include "tarvix/kcbl.h"
+
+#include <string.h>
+
+/// Blanks that the writer puts before a line at most: a tree of a hundred
+/// thousand chunks in each other stays a file that can be written.
+const xlong s_lKCBLMaxIndent = 400;
+
+/// A block for an item, with its fields and pointers set up for a body that
+/// the caller fills. The block has three bytes more than that takes.
+/// @return null when memory is exhausted; nothing is reported
+inline TKCBLKeyword *KCBLNewItem(xlong lSize, xlong lNumStrings)
+{
+    const size_t ulHead = sizeof(TKCBLKeyword) + (size_t)lNumStrings * sizeof(char *);
+    TKCBLKeyword *pItem = (TKCBLKeyword *)XNEW(char[ulHead + (size_t)lSize + 3]);
+    if (!pItem)
+        return nullptr;
+    pItem->pszKeyword = (char *)pItem + ulHead;
+    pItem->ppszStrings = (char **)(pItem + 1);
+    pItem->lNumStrings = lNumStrings;
+    pItem->lSize = lSize;
+    pItem->pChunk = nullptr;
+    return pItem;
+}
+
+/// Frees one item; null is ignored.
+inline void KCBLDeleteItem(TKCBLKeyword *pItem)
+{
+    XDELETE_ARRAY((char *)pItem);
+}
+
+inline bool KCBLIsChunk(const TKCBLKeyword *pItem)
+{
+    return pItem->pszKeyword[0] == '{' && !pItem->pszKeyword[1];
+}
+
+/// Gives a "{" item its chunk with the first item in it, and leaves others as
+/// they are.
+/// @return false when memory is exhausted; nothing is left behind then
+bool KCBLAttachChunk(TKCBLKeyword *pItem, TKCBLChunk *pParent);
+/// Takes the current item out of its list, whose cursor goes to the item before.
+/// @return null without a current item and for the first of the list, which stays
+TKCBLKeyword *KCBLDetach(TKCBLChunk *pList);
+/// Frees an item with all below it.
+void KCBLDeleteTree(TKCBLKeyword *pItem);
+
+/// Makes a block of ulNeeded bytes or more of a smaller one, whose first
+/// ulKeep bytes stay. @return false when memory is exhausted; the old block stays
+bool KCBLGrow(char *&pBuf, xlong &lSize, int64_t llNeeded, size_t ulKeep, int64_t llNewSize);

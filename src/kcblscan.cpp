@@ -251,6 +251,7 @@ bool CKCBLScan::Comment(TState &state)
 bool CKCBLScan::Quotes(TState &state)
 {
     const char *const pOpen = state.p++;
+    state.cLast = '"';
     for (;;)
     {
         if (state.pOut > state.pLimit && !Grow(state))
@@ -277,7 +278,6 @@ bool CKCBLScan::Quotes(TState &state)
             return Fail(pOpen, s_szQuotes);
     }
     ++state.p;
-    state.cLast = '"';
     return true;
 }
 

@@ -204,11 +204,17 @@ TEST_F(CKCBLRead, GivesTheItemsOfTheExample)
         xlong lNumStrings;
     } expected[] = {
         { "; script", "\xFF", 0 },
-        { "Title", std::string("Hi, you\0"
-                               "3\0; note\0\xFF", 18), 3 },
-        { "Sizes", std::string("\xFD"
-                               "1\0"
-                               "2\0\xFEYES\0\xFF", 11), 2 },
+        { "Title",
+          std::string("Hi, you\0"
+                      "3\0; note\0\xFF",
+                      18),
+          3 },
+        { "Sizes",
+          std::string("\xFD"
+                      "1\0"
+                      "2\0\xFEYES\0\xFF",
+                      11),
+          2 },
         { "{", std::string("Panel\0main\0\xFF", 12), 2 },
         { "[", std::string("Notes\0ASCIIDATA\0some text\n\0\xFF", 28), 3 },
     };
@@ -341,7 +347,9 @@ TEST_F(CKCBLRead, ReportsEveryFaultWithItsTextAndPlace)
     const TBadText cases[] = {
         { "a\nb = \x01\n", pszBinary, 2, 5, 1 },
         { "a\nb = \x7F", pszBinary, 2, 5, 1 },
-        { "\xEF\xBB\xBF" "b", pszBinary, 1, 1, 0 },
+        { "\xEF\xBB\xBF"
+          "b",
+          pszBinary, 1, 1, 0 },
         { "a\n\n  \xC3\xA4", pszBinary, 3, 3, 0 }, // seen while the item before was read
         { "; \xC3\xA4\n\xC3\xA4", pszBinary, 2, 1, 1 },
         { "a\n  b = x, \"ab\nc", pszQuotes, 2, 10, 1 },
@@ -384,11 +392,12 @@ TEST_F(CKCBLRead, GoesOnBehindFaultsWhenLet)
     std::string strSeen;
     const auto list = [](const TKCBLFault *pFault, void *pUser) -> xlong
     {
-        *(std::string *)pUser += std::to_string(pFault->lLine) + ":" + std::to_string(pFault->lColumn) +
-                                 (pFault->lHarmless ? "? " : " ");
+        *(std::string *)pUser +=
+            std::to_string(pFault->lLine) + ":" + std::to_string(pFault->lColumn) + (pFault->lHarmless ? "? " : " ");
         return 1;
     };
-    EXPECT_EQ(0, m_Kcbl.ImportFaults("{ = A, \"x\n  a = 1}, 2\r\n  b = 1\n}\nc\n}\n{ = B\n{ = C\nd = \"", list, &strSeen));
+    EXPECT_EQ(0,
+              m_Kcbl.ImportFaults("{ = A, \"x\n  a = 1}, 2\r\n  b = 1\n}\nc\n}\n{ = B\n{ = C\nd = \"", list, &strSeen));
     EXPECT_EQ("1:8 2:9 6:1 7:1? 8:1? ", strSeen);
     EXPECT_EQ(1, m_Kcbl.FindItem("c", nullptr, nullptr, nullptr)) << "the chunk with a fault in its head was closed";
     strSeen.clear();
@@ -399,9 +408,11 @@ TEST_F(CKCBLRead, GoesOnBehindFaultsWhenLet)
 TEST_F(CKCBLRead, AgreesWithTheModelOnRandomTexts)
 {
     std::mt19937 random(34);
-    const char *const apszPieces[] = { "a",  "Key", " = ", ", ", "{",  "}",  ";",  "\"",   "\n", "\r\n",
-                                       "\\", "\t",  "  ",  "[",  "]", "\"x y\"", "ASCIIDATA", "a longer word than that",
-                                       "\x7F", "\xFE", " = {1, 2}", "\n{ = n\n", "\n}\n", "\n[ = q, ASCIIDATA\n", "\n]\n" };
+    const char *const apszPieces[] = { "a",    "Key",  " = ",       ", ",        "{",         "}",
+                                       ";",    "\"",   "\n",        "\r\n",      "\\",        "\t",
+                                       "  ",   "[",    "]",         "\"x y\"",   "ASCIIDATA", "a longer word than that",
+                                       "\x7F", "\xFE", " = {1, 2}", "\n{ = n\n", "\n}\n",     "\n[ = q, ASCIIDATA\n",
+                                       "\n]\n" };
     int nGood = 0;
     for (int n = 0; n < 60000; ++n)
     {

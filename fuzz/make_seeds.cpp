@@ -5,6 +5,7 @@
 #include "tarvix/archive.h"
 #include "tarvix/base64.h"
 #include "tarvix/bitmap.h"
+#include "tarvix/kcbl.h"
 #include "tarvix/pictype.h"
 #include "tarvix/rle.h"
 #include "tarvix/system.h"
@@ -147,6 +148,24 @@ void MakeUuSeeds(const std::filesystem::path &folder)
 void MakeDebugSeeds(const std::filesystem::path &folder)
 {
     Write(folder / "options", "DebugLevel=DBGL_KCBL\r\nStdDebug=1\nDebugScreen=1\n\nName = a value \n=\nlast=");
+void MakeKcblSeeds(const std::filesystem::path &folder)
+{
+    CKCBL kcbl;
+    xlong alValues[] = { 1, -2, 3 };
+    kcbl.NewItem("; script", KEND);
+    kcbl.NewItem("Title", KSTRING, "Hi, \"you\"\n\\", KLONG, (xlong)3, KSTRING, "; note", KEND);
+    kcbl.NewItem("", KEND);
+    kcbl.NewItem("Sizes", KLONGARRAY, (xlong)3, alValues, KBOOL, (xlong)1, KLONGARRAY, (xlong)2, alValues, KEND);
+    kcbl.NewChunk(KSTRING, "Window", KSTRING, "main", KEND);
+    kcbl.NewItem("a", KSTRING, std::string(200, 'x').c_str(), KDOUBLE, 2.5, KEND);
+    kcbl.NewChunk(KEND);
+    kcbl.ExitChunk();
+    kcbl.ExitChunk();
+    kcbl.NewItem("[", KSTRING, "Notes", KSTRING, "ASCIIDATA", KSTRING, "some text\nmore\n", KEND);
+    kcbl.Save((folder / "tree.txt").string().c_str());
+    kcbl.SetMaxLineLength(40);
+    kcbl.Save((folder / "folded.txt").string().c_str());
+    Write(folder / "forms.txt", "a, b = c ; d\r\nk = {1, {2}} ; e\n\"x\", ; f\n y\n} z\n{\n  [ = ASCIIDATA\n q\n  ]\n");
 }
 
 const struct
@@ -157,6 +176,9 @@ const struct
     { "archive", MakeArchiveSeeds }, { "base64", MakeBase64Seeds }, { "bmp", MakeBmpSeeds },
     { "debug", MakeDebugSeeds },     { "lzss", MakeLzssSeeds },     { "pal", MakePalSeeds },
     { "rle", MakeRleSeeds },         { "uu", MakeUuSeeds },         { "xiff", MakeXiffSeeds },
+    { "bmp", MakeBmpSeeds },
+    { "pal", MakePalSeeds },
+    { "kcbl", MakeKcblSeeds },
 };
 } // namespace
 

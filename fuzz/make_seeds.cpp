@@ -148,6 +148,8 @@ void MakeUuSeeds(const std::filesystem::path &folder)
 void MakeDebugSeeds(const std::filesystem::path &folder)
 {
     Write(folder / "options", "DebugLevel=DBGL_KCBL\r\nStdDebug=1\nDebugScreen=1\n\nName = a value \n=\nlast=");
+}
+
 void MakeKcblSeeds(const std::filesystem::path &folder)
 {
     CKCBL kcbl;
@@ -174,11 +176,9 @@ const struct
     void (*pfnMake)(const std::filesystem::path &folder);
 } s_Makers[] = {
     { "archive", MakeArchiveSeeds }, { "base64", MakeBase64Seeds }, { "bmp", MakeBmpSeeds },
-    { "debug", MakeDebugSeeds },     { "lzss", MakeLzssSeeds },     { "pal", MakePalSeeds },
-    { "rle", MakeRleSeeds },         { "uu", MakeUuSeeds },         { "xiff", MakeXiffSeeds },
-    { "bmp", MakeBmpSeeds },
-    { "pal", MakePalSeeds },
-    { "kcbl", MakeKcblSeeds },
+    { "debug", MakeDebugSeeds },     { "kcbl", MakeKcblSeeds },     { "lzss", MakeLzssSeeds },
+    { "pal", MakePalSeeds },         { "rle", MakeRleSeeds },       { "uu", MakeUuSeeds },
+    { "xiff", MakeXiffSeeds },
 };
 } // namespace
 

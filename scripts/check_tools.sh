@@ -102,6 +102,95 @@ check_tvpack() {
     [ ! -e bad ] && [ ! -e out-bad ] || fail "tvpack: a name led out of the directory"
 }
 
+# Scripts of all forms that a person may write, some of them odd.
+make_scripts() { # COUNT
+    awk -v count="$1" '
+        function upto(n) { return int(rand() * n) }
+        function mark() { return " #" ++marks }
+        function value() {
+            n = upto(9)
+            if (n < 3) return "word" upto(100)
+            if (n < 5) return "\"" substr("a = b; c, {d} ", 1, upto(15)) (upto(2) ? "\\\"\\\\" : "") "\""
+            if (n == 5) return "{1, " upto(50) ", \"x y\"}"
+            if (n == 6) return "{{1}, {2}}"
+            if (n == 7) return "\"first\"\n    \"second\""
+            return "-" upto(1000)
+        }
+        BEGIN {
+            srand(11)
+            for (file = 0; file < count; ++file) {
+                name = "script" file ".txt"
+                depth = 0
+                for (lines = upto(30); lines > 0; --lines) {
+                    n = upto(12)
+                    if (n == 0) { print "; \" = {" mark() >name }
+                    else if (n == 1) { print "   " >name }
+                    else if (n == 2) { print "{ = Chunk, c" upto(9) ", x" >name; ++depth }
+                    else if (n == 3 && depth) { print "  } the rest ;" mark() >name; --depth }
+                    else if (n == 4) { print " [ = Notes, ASCIIDATA\n  any \" text;\n ] ;" mark() >name }
+                    else if (n == 5) { print "Key" lines " = " value() ", ;" mark() "\n\n " value() >name }
+                    else if (n == 6) { print "Flag ;" mark() >name }
+                    else { print "Key" lines "=" value() " ,\t" value() (upto(2) ? "   ;" mark() : "") >name }
+                }
+                print "end" >name
+                close(name)
+            }
+        }'
+}
+
+check_kcbl() {
+    local file
+    check_help kcbl
+    printf '; script\nTitle = "Hi, you", 3   ; note\nSizes = { 1, 2}, YES\n{ = Panel, main\n    Width = 640 ; px\n}\n' >good.txt
+    printf 'a\r\n{ = x\r\n  b = "cut\r\n  c = 1}, 2\r\n}\r\n}\r\nd = \001\r\n{ = open\r\n' >bad.txt
+    expect 0 kcbl check good.txt
+    expect 1 kcbl check good.txt bad.txt
+    grep -o '^bad.txt:[0-9:]*' out | tr -d '\r' | tr '\n' ' ' >places
+    [ "$(cat places)" = "bad.txt:3:7: bad.txt:4:9: bad.txt:6:1: bad.txt:7:5: bad.txt:8:1: " ] || fail "kcbl check: $(cat places)"
+    grep -q '^      b = "cut' out || fail "kcbl check does not show the line"
+    grep -q "5 faults in 1 of 2 files" err || fail "kcbl check: $(cat err)"
+    expect 1 kcbl check missing.txt
+    expect 2 kcbl fmt --widht 3 good.txt
+
+    expect 0 kcbl get good.txt Panel,main/Width
+    [ "$(tr -d '\r' <out | tr '\n' '|')" = "640|; px|" ] || fail "kcbl get: $(cat out)"
+    expect 0 kcbl get good.txt 'sizes[0][1]'
+    [ "$(tr -d '\r' <out)" = 2 ] || fail "kcbl get: $(cat out)"
+    for file in Panel/Height Plane/Width 'Title[3]' 'Sizes[0][2]'; do
+        expect 1 kcbl get good.txt "$file"
+    done
+    expect 1 kcbl get bad.txt a
+    expect 0 kcbl json good.txt
+    [ "$(tr -d ' \r\n' <out)" = '[{"keyword":";script"},{"keyword":"Title","strings":["Hi,you","3"],"comment":";note"},{"keyword":"Sizes","strings":[["1","2"],"YES"]},{"keyword":"{","strings":["Panel","main"],"items":[{"keyword":"Width","strings":["640"],"comment":";px"}]}]' ] ||
+        fail "kcbl json: $(cat out)"
+
+    cp good.txt mine.txt
+    expect 1 kcbl fmt --check mine.txt
+    cmp good.txt mine.txt || fail "kcbl fmt --check wrote"
+    expect 0 kcbl fmt mine.txt
+    printf '; script\nTitle = "Hi, you", 3\t\t; note\nSizes = { 1, 2}, YES\n{ = Panel, main\n    Width = 640\t\t; px\n}\n' |
+        cmp - mine.txt || fail "kcbl fmt writes something else"
+    cp bad.txt kept.txt
+    expect 1 kcbl fmt kept.txt
+    cmp bad.txt kept.txt || fail "kcbl fmt touched a file with a fault"
+    printf 'a = "x=y", "; z", "q;"\n' >quotes.txt
+    cp quotes.txt before.txt
+    expect 0 kcbl fmt quotes.txt
+    cmp quotes.txt before.txt || fail "kcbl fmt changed a value: $(cat quotes.txt)"
+
+    # Wine starts slowly, and all files go by one command.
+    make_scripts 200
+    grep -o '#[0-9]*' script*.txt | sort >comments.before
+    expect 0 kcbl fmt script*.txt
+    grep -o '#[0-9]*' script*.txt | sort | diff comments.before - >lost || fail "kcbl fmt lost comments: $(head -n 3 lost)"
+    expect 0 kcbl check script*.txt
+    expect 0 kcbl fmt --check script*.txt
+    expect 0 kcbl fmt --width 30 script*.txt
+    expect 0 kcbl fmt --check --width 30 script*.txt
+    expect 0 kcbl fmt script*.txt
+    expect 0 kcbl fmt --check script*.txt
+}
+
 for check in $(declare -F | sed -n 's/^declare -f \(check_\)/\1/p'); do
     [ "$check" = check_help ] || "$check"
 done

@@ -152,8 +152,9 @@ xlong AddText(CKCBL &kcbl, const char *pszText, CFaults *pFaults)
                 return 0;
             p = LineEnd(scan.m_pFault);
             // A head with a fault opens its chunk all the same, or its end would be a fault too.
-            if (*pKeyword == '{' && !AddItem(kcbl, scan, "{"))
-                return 0;
+            CKCBLScan head;
+            if (*pKeyword == '{' && !AddItem(kcbl, head, "{"))
+                return Report(head);
         }
         if (pFaults && kcbl.m_pCurChunk != pBefore)
         {

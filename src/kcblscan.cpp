@@ -61,24 +61,42 @@ inline bool IsLineEnd(char c)
 }
 
 // What may be written between two looks at the room left.
-const ptrdiff_t s_nReserve = 64;
+const ptrdiff_t s_nReserve = 128;
 const ptrdiff_t s_nVector = 16;
+const ptrdiff_t s_nWindow = 64;
 
-// Bits of the characters that are not copied as they are, in sixteen.
-struct TPlain
+// Bits of the characters in sixteen that are not plain.
+inline unsigned SpecialBits(const char *p)
 {
-    static bool Stops(char c) { return ClassOf(c) != CHAR_PLAIN; }
+    const __m128i x = _mm_loadu_si128((const __m128i *)p);
+    // Bytes from 0x80 are negative, and so below a blank.
+    __m128i xBits = _mm_or_si128(_mm_cmpgt_epi8(_mm_set1_epi8(0x21), x), _mm_cmpeq_epi8(x, _mm_set1_epi8(0x7f)));
+    for (char c : { ',', '=', '"', ';', '{', '}' })
+        xBits = _mm_or_si128(xBits, _mm_cmpeq_epi8(x, _mm_set1_epi8(c)));
+    return (unsigned)_mm_movemask_epi8(xBits);
+}
 
-    static unsigned Stops(__m128i x)
+// The same for a window. Nothing behind the text's zero is looked at, and the
+// zero is special itself.
+inline uint64_t WindowBits(const char *p, const char *pEnd)
+{
+    uint64_t ullBits = 0;
+    if (pEnd - p >= s_nWindow)
     {
-        // Bytes from 0x80 are negative, and so below a blank.
-        __m128i xStop = _mm_or_si128(_mm_cmpgt_epi8(_mm_set1_epi8(0x21), x), _mm_cmpeq_epi8(x, _mm_set1_epi8(0x7f)));
-        for (char c : { ',', '=', '"', ';', '{', '}' })
-            xStop = _mm_or_si128(xStop, _mm_cmpeq_epi8(x, _mm_set1_epi8(c)));
-        return (unsigned)_mm_movemask_epi8(xStop);
+        for (int n = 0; n < s_nWindow; n += s_nVector)
+            ullBits |= (uint64_t)SpecialBits(p + n) << n;
+        return ullBits;
     }
-};
+    for (int n = 0; n < s_nWindow; ++n)
+    {
+        ullBits |= (uint64_t)(ClassOf(p[n]) != CHAR_PLAIN) << n;
+        if (!p[n])
+            break;
+    }
+    return ullBits;
+}
 
+// Bits of the characters that end a copy, in sixteen.
 struct TQuoted
 {
     static bool Stops(char c) { return c == '"' || c == '\\' || IsLineEnd(c) || !c; }
@@ -109,21 +127,21 @@ struct TComment
 struct CKCBLScan::TState
 {
     const char *p;
-    const char *pEnd; ///< sixteen characters are looked at where there are so many before it
+    const char *pEnd; ///< many characters are looked at once where there are so many before it
     char *pOut;
     char *pLimit; ///< the reserve begins here
     xlong lDepth; ///< of arrays
-    char cLast;   ///< last significant character
+    char cLast;   ///< last significant character; 0 for a plain one
 
     // Copies up to a character that stops, or for as long as the reserve lets.
     template <class TKind>
     void Copy()
     {
-        for (ptrdiff_t n = 0; n < s_nReserve - s_nVector; n += s_nVector)
+        for (ptrdiff_t n = 0; n < s_nWindow; n += s_nVector)
         {
-            if (pEnd - p < s_nVector - 1)
+            if (pEnd - p < s_nVector)
             {
-                for (; n < s_nReserve - s_nVector && !TKind::Stops(*p); ++n)
+                for (; n < s_nWindow && !TKind::Stops(*p); ++n)
                     *pOut++ = *p++;
                 return;
             }
@@ -281,11 +299,21 @@ bool CKCBLScan::Quotes(TState &state)
     return true;
 }
 
+// From a line end to the next character that is no white space.
 const char *CKCBLScan::SkipSpace(const char *pFrom)
 {
     if (pFrom >= m_pSpaceFrom && pFrom < m_pSpaceTo)
         return m_pSpaceTo;
     const char *p = pFrom;
+    if (*p == '\r')
+        ++p;
+    if (*p == '\n')
+        ++p;
+    m_pIndent = p;
+    while (IsBlank(*p))
+        ++p;
+    if (IsLineEnd(*p))
+        m_pIndent = nullptr;
     while (IsBlank(*p) || IsLineEnd(*p))
         ++p;
     m_pSpaceFrom = pFrom;
@@ -334,11 +362,36 @@ bool CKCBLScan::Raw(TState &state, size_t ulIndent)
     return true;
 }
 
+// Copies plain characters. @return true where the window ends before them
+inline bool CKCBLScan::CopyPlain(TState &state)
+{
+    size_t ulAt = (size_t)(state.p - m_pWindow);
+    if (ulAt >= (size_t)s_nWindow)
+    {
+        m_pWindow = state.p;
+        m_ullSpecial = WindowBits(state.p, state.pEnd);
+        ulAt = 0;
+    }
+    const uint64_t ullSpecial = m_ullSpecial >> ulAt;
+    const size_t ulLen = ullSpecial ? (size_t)__builtin_ctzll(ullSpecial) : (size_t)s_nWindow - ulAt;
+    if (ulLen)
+    {
+        if (ulLen <= (size_t)s_nVector && state.pEnd - state.p >= s_nVector)
+            _mm_storeu_si128((__m128i *)state.pOut, _mm_loadu_si128((const __m128i *)state.p));
+        else
+            memcpy(state.pOut, state.p, ulLen);
+        state.p += ulLen;
+        state.pOut += ulLen;
+        state.cLast = 0;
+    }
+    return !ullSpecial;
+}
+
 bool CKCBLScan::Scan(const char *pszText)
 {
     m_lNumStrings = 0;
     m_pszFault = nullptr;
-    m_pKeyword = pszText;
+    m_pKeyword = pszText == m_pIndent ? m_pSpaceTo : pszText;
     while (IsBlank(*m_pKeyword))
         ++m_pKeyword;
     TState state = { m_pKeyword, m_pEnd ? m_pEnd : m_pKeyword, m_pBody, m_pBody + m_lBodySize - s_nReserve, 0, 0 };
@@ -349,10 +402,8 @@ bool CKCBLScan::Scan(const char *pszText)
     {
         if (state.pOut > state.pLimit && !Grow(state))
             return false;
-        const char *const pFrom = state.p;
-        state.Copy<TPlain>();
-        if (state.p != pFrom)
-            state.cLast = state.p[-1];
+        if (CopyPlain(state))
+            continue;
         const char c = *state.p;
         switch (ClassOf(c))
         {

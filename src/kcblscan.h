@@ -3,6 +3,8 @@
 
 #include "tarvix/kcbl.h"
 
+#include <stdint.h>
+
 /// What a scan works with. One serves for all items of a text, and keeps its
 /// buffers from one to the next.
 class CKCBLScan
@@ -36,6 +38,7 @@ private:
     bool StartString(TState &state);
     void CloseArray(TState &state);
     bool Separate(TState &state, char c);
+    bool CopyPlain(TState &state);
     bool Comment(TState &state);
     bool Quotes(TState &state);
     bool Raw(TState &state, size_t ulIndent);
@@ -48,4 +51,8 @@ private:
     // would be walked over again for each of them.
     const char *m_pSpaceFrom = nullptr;
     const char *m_pSpaceTo = nullptr;
+    const char *m_pIndent = nullptr; ///< start of the line that m_pSpaceTo is on, when that is the next one
+    // Bits of the 64 characters from m_pWindow on: 1 for those that are not plain.
+    const char *m_pWindow = nullptr;
+    uint64_t m_ullSpecial = 0;
 };

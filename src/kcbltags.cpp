@@ -63,7 +63,7 @@ public:
     void Add(const char *pText, size_t ulLen)
     {
         const int64_t llNeeded = m_lLen + (int64_t)ulLen;
-        if (llNeeded > m_lSize && !m_bFailed)
+        if ((llNeeded > m_lSize || !m_pText) && !m_bFailed)
             m_bFailed = !KCBLGrow(m_pText, m_lSize, llNeeded, (size_t)m_lLen, m_lSize * 2LL + s_lBufferStep);
         if (m_bFailed)
             return;

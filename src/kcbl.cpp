@@ -13,26 +13,48 @@ TKCBLKeyword *ItemAt(const CNode *pNode)
     return pNode ? (TKCBLKeyword *)pNode->pData : nullptr;
 }
 
-// The item that every list begins with.
-bool InsertFirstItem(TKCBLChunk *pChunk)
+const xlong s_lFirstSize = sizeof(s_szFirst) + 1;
+
+void FillFirst(TKCBLKeyword *pItem, char *pBody)
 {
-    TKCBLKeyword *pItem = KCBLNewItem(sizeof(s_szFirst) + 1, 0);
-    if (!pItem)
-        return false;
-    memcpy(pItem->pszKeyword, s_szFirst, sizeof(s_szFirst));
-    pItem->pszKeyword[sizeof(s_szFirst)] = (char)KCBL_BODY_END;
-    if (pChunk->InsertLast(pItem))
-        return true;
-    KCBLDeleteItem(pItem);
-    return false;
+    pItem->pszKeyword = pBody;
+    pItem->ppszStrings = (char **)(pItem + 1);
+    pItem->lNumStrings = 0;
+    pItem->lSize = s_lFirstSize;
+    pItem->pChunk = nullptr;
+    memcpy(pBody, s_szFirst, sizeof(s_szFirst));
+    pBody[sizeof(s_szFirst)] = (char)KCBL_BODY_END;
 }
 
-// Frees the items of a chunk, and chunks with their items below it, without a
-// call for each level. The parent's cursor keeps the way back.
+// A chunk of the tree. The first item of its list, which lives as long as the
+// chunk, is in the same block, with its node.
+struct TTreeChunk : TKCBLChunk
+{
+    TTreeChunk()
+    {
+        FillFirst(&m_Item, m_szFirst);
+        m_Node.pData = &m_Item;
+        InsertLast(&m_Node, 1);
+    }
+
+    ~TTreeChunk()
+    {
+        m_pCurr = &m_Node;
+        RemoveNode();
+    }
+
+    CNode m_Node;
+    TKCBLKeyword m_Item;
+    char m_szFirst[s_lFirstSize + 3];
+};
+
+// Frees the items of a chunk but its first, and chunks with their items below
+// it, without a call for each level. The parent's cursor keeps the way back.
+// The nodes of pTop stay.
 void FreeItems(TKCBLChunk *pTop)
 {
     TKCBLChunk *pChunk = pTop;
-    CNode *pNode = pTop->m_pFirst;
+    CNode *pNode = pTop->m_pFirst->pNext;
     for (;;)
     {
         while (pNode)
@@ -42,7 +64,7 @@ void FreeItems(TKCBLChunk *pTop)
             {
                 pChunk->m_pCurr = pNode;
                 pChunk = pItem->pChunk;
-                pNode = pChunk->m_pFirst;
+                pNode = pChunk->m_pFirst->pNext;
                 continue;
             }
             pNode = pNode->pNext;
@@ -51,12 +73,11 @@ void FreeItems(TKCBLChunk *pTop)
         if (pChunk == pTop)
             break;
         TKCBLChunk *pParent = pChunk->pParent;
-        XDELETE(pChunk);
+        XDELETE((TTreeChunk *)pChunk);
         pChunk = pParent;
         ItemAt(pChunk->m_pCurr)->pChunk = nullptr;
         pNode = pChunk->m_pCurr;
     }
-    pTop->KillAll();
 }
 
 // As scanf's %ld and %lu: one loop does for both, since both wrap on 32 bits.
@@ -167,14 +188,9 @@ bool KCBLAttachChunk(TKCBLKeyword *pItem, TKCBLChunk *pParent)
 {
     if (!KCBLIsChunk(pItem))
         return true;
-    TKCBLChunk *pChunk = XNEW(TKCBLChunk);
+    TKCBLChunk *pChunk = XNEW(TTreeChunk);
     if (!pChunk)
         return false;
-    if (!InsertFirstItem(pChunk))
-    {
-        XDELETE(pChunk);
-        return false;
-    }
     pChunk->pParent = pParent;
     pItem->pChunk = pChunk;
     return true;
@@ -198,7 +214,7 @@ void KCBLDeleteTree(TKCBLKeyword *pItem)
     if (pItem->pChunk)
     {
         FreeItems(pItem->pChunk);
-        XDELETE(pItem->pChunk);
+        XDELETE((TTreeChunk *)pItem->pChunk);
     }
     KCBLDeleteItem(pItem);
 }
@@ -236,7 +252,12 @@ CKCBL::~CKCBL()
 
 void CKCBL::Free()
 {
-    FreeItems(&m_MainChunk);
+    if (m_MainChunk.m_pFirst)
+    {
+        FreeItems(&m_MainChunk);
+        KCBLDeleteItem(ItemAt(m_MainChunk.m_pFirst));
+        m_MainChunk.KillAll();
+    }
     m_pCurChunk = &m_MainChunk;
     m_bInitialized = 0;
 }
@@ -484,7 +505,14 @@ xlong CKCBL::Init()
 
 xlong CKCBL::InsertIDontExist()
 {
-    return InsertFirstItem(m_pCurChunk) ? 1 : xError(XERR_MEMORY);
+    TKCBLKeyword *pItem = KCBLNewItem(s_lFirstSize, 0);
+    if (!pItem)
+        return xError(XERR_MEMORY);
+    FillFirst(pItem, pItem->pszKeyword);
+    if (m_pCurChunk->InsertLast(pItem))
+        return 1;
+    KCBLDeleteItem(pItem);
+    return xError(XERR_MEMORY);
 }
 
 xlong CKCBL::ReallocBuffer(void **ppBuf, xlong *plSize, xlong lNeeded, xlong bCopy, xlong lNewSize)

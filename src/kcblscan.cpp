@@ -405,6 +405,17 @@ bool CKCBLScan::Scan(const char *pszText)
         if (CopyPlain(state))
             continue;
         const char c = *state.p;
+        // What most fields end in.
+        if ((c == ',' || c == '=') && state.cLast != '}' && !state.lDepth)
+        {
+            *state.pOut++ = 0;
+            if (!StartString(state))
+                return false;
+            state.cLast = c;
+            ++state.p;
+            state.p += *state.p == ' ';
+            continue;
+        }
         switch (ClassOf(c))
         {
         case CHAR_SPACE:

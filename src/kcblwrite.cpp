@@ -27,13 +27,22 @@ struct TBare
 
 constexpr TBare s_Bare;
 
-bool IsBare(const char *pText, size_t ulLen)
+// What a backslash stands before in quotes, and what it is there; 0 for the rest.
+struct TEscape
 {
-    for (size_t ul = 0; ul < ulLen; ++ul)
-        if (!s_Bare.abBare[(unsigned char)pText[ul]])
-            return false;
-    return ulLen != 0;
-}
+    constexpr TEscape() : acEscape()
+    {
+        acEscape['\t'] = 't';
+        acEscape['\n'] = 'n';
+        acEscape['\r'] = 'r';
+        acEscape['"'] = '"';
+        acEscape['\\'] = '\\';
+    }
+
+    char acEscape[256];
+};
+
+constexpr TEscape s_Escape;
 
 // The text of one item, written or only measured.
 class CLine
@@ -73,16 +82,22 @@ public:
         m_llMax = std::max(m_llMax, m_llColumn + 3);
     }
 
-    void PutString(const char *pText, size_t ulLen)
+    // @return the string's end
+    const char *PutString(const char *psz)
     {
-        if ((int64_t)ulLen > m_llMax - m_llAt || !IsBare(pText, ulLen))
-            PutQuoted(pText, ulLen);
-        else
+        const char *pEnd = psz;
+        while (s_Bare.abBare[(unsigned char)*pEnd])
+            ++pEnd;
+        if (*pEnd || pEnd == psz || pEnd - psz > m_llMax - m_llAt)
         {
-            if (m_pTo && m_llAt + (int64_t)ulLen >= m_llSize)
-                m_bFull = true;
-            Put(pText, ulLen);
+            pEnd += strlen(pEnd);
+            PutQuoted(psz, pEnd);
+            return pEnd;
         }
+        if (m_pTo && m_llAt + (pEnd - psz) >= m_llSize)
+            m_bFull = true;
+        Put(psz, (size_t)(pEnd - psz));
+        return pEnd;
     }
 
     xlong Length() const { return m_bFull || m_llAt > 0x7fffffff ? 0 : (xlong)m_llAt; }
@@ -96,30 +111,27 @@ private:
         return !m_bFull;
     }
 
-    void PutQuoted(const char *pText, size_t ulLen)
+    void PutQuoted(const char *p, const char *pEnd)
     {
         Put('"');
-        for (const char *p = pText, *pEnd = pText + ulLen; p < pEnd; ++p)
+        while (p < pEnd)
         {
-            switch (*p)
+            // A run without escapes, as far as the next fold.
+            const char *const pRun = p;
+            int64_t llLeft = std::max<int64_t>(m_llMax - 1 - (m_llAt - m_llFold), 1);
+            while (p < pEnd && llLeft > 0 && !s_Escape.acEscape[(unsigned char)*p])
             {
-            case '\t':
-                Put("\\t", 2);
-                break;
-            case '\n':
-                Put("\\n", 2);
-                break;
-            case '\r':
-                Put("\\r", 2);
-                break;
-            case '"':
-            case '\\':
-                Put('\\');
-                [[fallthrough]];
-            default:
-                Put(*p);
+                ++p;
+                --llLeft;
             }
-            if (m_llAt - m_llFold > m_llMax - 2 && p + 1 < pEnd)
+            Put(pRun, (size_t)(p - pRun));
+            if (p < pEnd && llLeft > 0)
+            {
+                const char acEscaped[] = { '\\', s_Escape.acEscape[(unsigned char)*p++] };
+                Put(acEscaped, 2);
+                llLeft -= 2;
+            }
+            if (llLeft <= 0 && p < pEnd)
             {
                 Put("\"\n", 2);
                 m_llFold = m_llAt;
@@ -207,9 +219,7 @@ void PutArray(CLine &line, const CStrings &strings)
     {
         if (!bFirst)
             line.Put(", ", 2);
-        const size_t ulLen = strlen(p);
-        line.PutString(p, ulLen);
-        p += ulLen + 1;
+        p = line.PutString(p) + 1;
     }
     line.Put('}');
 }
@@ -229,7 +239,7 @@ void PutStrings(CLine &line, const TKCBLKeyword *pItem, xlong lCount)
         else if (strings.IsArray())
             PutArray(line, strings);
         else
-            line.PutString(strings.Get(), strlen(strings.Get()));
+            line.PutString(strings.Get());
         const bool bComment = strings.IsComment();
         strings.Next();
         if (!strings.Exists())

@@ -208,6 +208,11 @@ int main()
 {
     glb = new SGlobals;
     sglb = new SSysGlobals;
+    // Below a block in use, so that neither heap asks the system for pages in
+    // each round: the runtime's keeps what was freed in this program anyhow.
+    void *pBig = xSysAllocMem(256 << 20);
+    xSysAllocMem(16);
+    xSysFreeMem(pBig);
     paired::CTable table("KCBL");
     const std::string strSmall = MakeScript(200), strPart = MakeScript(1000);
     std::string strLarge;

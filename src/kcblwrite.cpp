@@ -71,7 +71,15 @@ public:
     {
         const size_t ulCount = (size_t)std::clamp<int64_t>(llCount, 0, s_lKCBLMaxIndent);
         if (Fits(ulCount))
-            memset(m_pTo + m_llAt, ' ', ulCount);
+        {
+            // Sixteen at a time while there is room for more than are needed.
+            char *const pTo = m_pTo + m_llAt;
+            size_t ul = 0;
+            for (; ul < ulCount && m_llSize - m_llAt - (int64_t)ul >= 16; ul += 16)
+                _mm_storeu_si128((__m128i *)(pTo + ul), _mm_set1_epi8(' '));
+            for (; ul < ulCount; ++ul)
+                pTo[ul] = ' ';
+        }
         m_llAt += (int64_t)ulCount;
     }
 
@@ -85,7 +93,15 @@ public:
     // @return the string's end
     const char *PutString(const char *psz)
     {
+        // Written on the way; quotes overwrite it.
         const char *pEnd = psz;
+        if (m_pTo && !m_bFull)
+        {
+            char *pTo = m_pTo + m_llAt;
+            const char *const pRoom = psz + (m_llSize - m_llAt);
+            while (pEnd < pRoom && s_Bare.abBare[(unsigned char)*pEnd])
+                *pTo++ = *pEnd++;
+        }
         while (s_Bare.abBare[(unsigned char)*pEnd])
             ++pEnd;
         if (*pEnd || pEnd == psz || pEnd - psz > m_llMax - m_llAt)
@@ -96,7 +112,7 @@ public:
         }
         if (m_pTo && m_llAt + (pEnd - psz) >= m_llSize)
             m_bFull = true;
-        Put(psz, (size_t)(pEnd - psz));
+        m_llAt += pEnd - psz;
         return pEnd;
     }
 

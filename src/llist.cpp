@@ -53,9 +53,10 @@ CNode *NodeFor(void *pItem, xlong lIsNode)
 }
 } // namespace
 
+// The stack is most of a list, and a tree of scripts is thousands of lists: it
+// is not touched before it is used.
 CLList::CLList()
-    : m_lNumNodes(0), m_lCurrNodeNr(0), m_pFirst(nullptr), m_pLast(nullptr), m_pCurr(nullptr), m_aStack(),
-      m_lStackDepth(0)
+    : m_lNumNodes(0), m_lCurrNodeNr(0), m_pFirst(nullptr), m_pLast(nullptr), m_pCurr(nullptr), m_lStackDepth(0)
 {
 }
 

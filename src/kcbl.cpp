@@ -37,24 +37,25 @@ struct TTreeChunk : TKCBLChunk
         InsertLast(&m_Node, 1);
     }
 
-    ~TTreeChunk()
-    {
-        m_pCurr = &m_Node;
-        RemoveNode();
-    }
-
     CNode m_Node;
     TKCBLKeyword m_Item;
     char m_szFirst[s_lFirstSize + 3];
 };
 
-// Frees the items of a chunk but its first, and chunks with their items below
-// it, without a call for each level. The parent's cursor keeps the way back.
-// The nodes of pTop stay.
+// The first node whose item goes with the list. The last node is forgotten.
+CNode *FirstOwnNode(TKCBLChunk *pChunk)
+{
+    pChunk->m_pLast = nullptr;
+    return pChunk->pParent ? pChunk->m_pFirst->pNext : pChunk->m_pFirst;
+}
+
+// Frees the items of a chunk and empties it, and frees the chunks below it,
+// without a call for each level. The parent's cursor keeps the way back, and
+// m_pLast collects nodes of items that were not made here.
 void FreeItems(TKCBLChunk *pTop)
 {
     TKCBLChunk *pChunk = pTop;
-    CNode *pNode = pTop->m_pFirst->pNext;
+    CNode *pNode = FirstOwnNode(pTop);
     for (;;)
     {
         while (pNode)
@@ -64,12 +65,20 @@ void FreeItems(TKCBLChunk *pTop)
             {
                 pChunk->m_pCurr = pNode;
                 pChunk = pItem->pChunk;
-                pNode = pChunk->m_pFirst->pNext;
+                pNode = FirstOwnNode(pChunk);
                 continue;
             }
-            pNode = pNode->pNext;
+            CNode *pNext = pNode->pNext;
+            if (!pItem || pNode != KCBLNodeOf(pItem))
+            {
+                pNode->pNext = pChunk->m_pLast;
+                pChunk->m_pLast = pNode;
+            }
             KCBLDeleteItem(pItem);
+            pNode = pNext;
         }
+        pChunk->m_pFirst = pChunk->m_pLast;
+        pChunk->KillAll();
         if (pChunk == pTop)
             break;
         TKCBLChunk *pParent = pChunk->pParent;
@@ -203,7 +212,10 @@ TKCBLKeyword *KCBLDetach(TKCBLChunk *pList)
         return nullptr;
     TKCBLKeyword *pItem = ItemAt(pNode);
     CNode *pBefore = pNode->pPrev;
-    pList->Delete();
+    if (pNode == KCBLNodeOf(pItem))
+        pList->RemoveNode();
+    else
+        pList->Delete();
     pList->m_pCurr = pBefore;
     --pList->m_lCurrNodeNr;
     return pItem;
@@ -252,12 +264,7 @@ CKCBL::~CKCBL()
 
 void CKCBL::Free()
 {
-    if (m_MainChunk.m_pFirst)
-    {
-        FreeItems(&m_MainChunk);
-        KCBLDeleteItem(ItemAt(m_MainChunk.m_pFirst));
-        m_MainChunk.KillAll();
-    }
+    FreeItems(&m_MainChunk);
     m_pCurChunk = &m_MainChunk;
     m_bInitialized = 0;
 }
@@ -509,10 +516,7 @@ xlong CKCBL::InsertIDontExist()
     if (!pItem)
         return xError(XERR_MEMORY);
     FillFirst(pItem, pItem->pszKeyword);
-    if (m_pCurChunk->InsertLast(pItem))
-        return 1;
-    KCBLDeleteItem(pItem);
-    return xError(XERR_MEMORY);
+    return m_pCurChunk->InsertLast(KCBLNodeOf(pItem), 1);
 }
 
 xlong CKCBL::ReallocBuffer(void **ppBuf, xlong *plSize, xlong lNeeded, xlong bCopy, xlong lNewSize)

@@ -9,13 +9,21 @@
 /// thousand chunks in each other stays a file that can be written.
 const xlong s_lKCBLMaxIndent = 400;
 
-/// A block for an item, with its fields and pointers set up for a body that
-/// the caller fills. The block has three bytes more than that takes.
+/// Where an item's list node lies: an item and its node are one block.
+inline CNode *KCBLNodeOf(const TKCBLKeyword *pItem)
+{
+    const uintptr_t nEnd = (uintptr_t)pItem->pszKeyword + (size_t)pItem->lSize + 3;
+    return (CNode *)((nEnd + alignof(CNode) - 1) & ~(uintptr_t)(alignof(CNode) - 1));
+}
+
+/// A block for an item with its node, whose fields and pointers are set up for
+/// a body that the caller fills. Three bytes are spare behind the body.
 /// @return null when memory is exhausted; nothing is reported
 inline TKCBLKeyword *KCBLNewItem(xlong lSize, xlong lNumStrings)
 {
     const size_t ulHead = sizeof(TKCBLKeyword) + (size_t)lNumStrings * sizeof(char *);
-    TKCBLKeyword *pItem = (TKCBLKeyword *)XNEW(char[ulHead + (size_t)lSize + 3]);
+    const size_t ulSize = ulHead + (size_t)lSize + 3 + alignof(CNode) - 1 + sizeof(CNode);
+    TKCBLKeyword *pItem = (TKCBLKeyword *)XNEW(char[ulSize]);
     if (!pItem)
         return nullptr;
     pItem->pszKeyword = (char *)pItem + ulHead;
@@ -23,6 +31,7 @@ inline TKCBLKeyword *KCBLNewItem(xlong lSize, xlong lNumStrings)
     pItem->lNumStrings = lNumStrings;
     pItem->lSize = lSize;
     pItem->pChunk = nullptr;
+    KCBLNodeOf(pItem)->pData = pItem;
     return pItem;
 }
 

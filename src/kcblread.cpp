@@ -94,10 +94,13 @@ TKCBLKeyword *MakeItem(const CKCBLScan &scan, TKCBLChunk *pList)
     if (!pItem)
         return nullptr;
     scan.Fill(pItem, pItem->pszKeyword);
-    if (KCBLAttachChunk(pItem, pList) && pList->InsertLast(pItem))
-        return pItem;
-    KCBLDeleteTree(pItem);
-    return nullptr;
+    if (!KCBLAttachChunk(pItem, pList))
+    {
+        KCBLDeleteItem(pItem);
+        return nullptr;
+    }
+    pList->InsertLast(KCBLNodeOf(pItem), 1);
+    return pItem;
 }
 
 // @return false with the scan's fault, whose text is null when memory is exhausted

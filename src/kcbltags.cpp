@@ -385,18 +385,16 @@ xlong CKCBL::CreateNewItem(const char *pszKeyword, TKCBLArgs &pArgs, xulong ulFi
     if (!pItem)
         return xError(XERR_MEMORY);
     TKCBLChunk *pList = m_pCurChunk;
-    if (KCBLAttachChunk(pItem, pList))
+    if (!KCBLAttachChunk(pItem, pList))
     {
-        if (!pList->Exists())
-            pList->Last();
-        if (pList->InsertAfter(pItem))
-        {
-            // The cursor of a new chunk stands on its hidden first item.
-            if (pItem->pChunk)
-                m_pCurChunk = pItem->pChunk;
-            return 1;
-        }
+        KCBLDeleteItem(pItem);
+        return xError(XERR_MEMORY);
     }
-    KCBLDeleteTree(pItem);
-    return xError(XERR_MEMORY);
+    if (!pList->Exists())
+        pList->Last();
+    pList->InsertAfter(KCBLNodeOf(pItem), 1);
+    // The cursor of a new chunk stands on its hidden first item.
+    if (pItem->pChunk)
+        m_pCurChunk = pItem->pChunk;
+    return 1;
 }

@@ -1,5 +1,6 @@
 #include "kcblsupport.h"
 
+#include "heap.h"
 #include "slots.h"
 
 #include <climits>
@@ -274,6 +275,27 @@ TEST_F(CKCBLTest, KillsAsItWalks)
     EXPECT_EQ(0, m_Kcbl.NextItem(0));
     EXPECT_EQ(0, m_Kcbl.KillItem()) << "there is no current item";
     EXPECT_EQ(2, m_Kcbl.m_MainChunk.GetNumNodes());
+}
+
+TEST_F(CKCBLTest, FreesItemsThatAHostPutIn)
+{
+    ImportText(m_Kcbl, "a\n{ = c\n}\n");
+    m_Kcbl.Free();
+    const size_t ulBlocks = HeapState().ulLiveBlocks;
+    ImportText(m_Kcbl, "a\n{ = c\n}\n");
+    for (TKCBLChunk *pChunk : { &m_Kcbl.m_MainChunk, &m_Kcbl.m_MainChunk,
+                                m_Kcbl.FindSubChunk("c", nullptr, nullptr) ? m_Kcbl.GetCurKeyword()->pChunk : nullptr })
+    {
+        TKCBLKeyword *pItem = (TKCBLKeyword *)xAllocMem(sizeof(TKCBLKeyword) + 4, nullptr, 0);
+        *pItem = { (char *)(pItem + 1), (char **)(pItem + 1), 0, 4, nullptr };
+        memcpy(pItem + 1, "b\0\xFF", 4);
+        pChunk->InsertLast(pItem);
+    }
+    EXPECT_EQ(1, m_Kcbl.FindItem("b", nullptr, nullptr, nullptr));
+    EXPECT_EQ(1, m_Kcbl.KillItem());
+    EXPECT_EQ(1, m_Kcbl.FindItem("b", nullptr, nullptr, nullptr));
+    m_Kcbl.Free();
+    EXPECT_EQ(ulBlocks, HeapState().ulLiveBlocks);
 }
 
 TEST_F(CKCBLTest, BuffersGrowAndKeepTheirContents)

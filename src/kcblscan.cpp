@@ -362,29 +362,87 @@ bool CKCBLScan::Raw(TState &state, size_t ulIndent)
     return true;
 }
 
-// Copies plain characters. @return true where the window ends before them
-inline bool CKCBLScan::CopyPlain(TState &state)
+// The usual way through a line: plain fields and their separators, blanks, and
+// quotes without escapes. All of it is in local variables, since members would
+// go through memory for each field. Stops where something else comes up, and
+// where room runs out.
+inline void CKCBLScan::Fields(TState &state)
 {
-    size_t ulAt = (size_t)(state.p - m_pWindow);
-    if (ulAt >= (size_t)s_nWindow)
+    const char *p = state.p;
+    char *pOut = state.pOut;
+    char cLast = state.cLast;
+    const char *pWindow = m_pWindow;
+    uint64_t ullWindow = m_ullSpecial;
+    xlong lNumStrings = m_lNumStrings;
+    xlong *const plStarts = (xlong *)m_pStarts;
+    const xlong lMaxStrings = m_lStartsSize / (xlong)sizeof(xlong);
+    const char *const pEnd = state.pEnd;
+    char *const pBody = m_pBody, *const pLimit = state.pLimit;
+    while (pOut <= pLimit)
     {
-        m_pWindow = state.p;
-        m_ullSpecial = WindowBits(state.p, state.pEnd);
-        ulAt = 0;
-    }
-    const uint64_t ullSpecial = m_ullSpecial >> ulAt;
-    const size_t ulLen = ullSpecial ? (size_t)__builtin_ctzll(ullSpecial) : (size_t)s_nWindow - ulAt;
-    if (ulLen)
-    {
-        if (ulLen <= (size_t)s_nVector && state.pEnd - state.p >= s_nVector)
-            _mm_storeu_si128((__m128i *)state.pOut, _mm_loadu_si128((const __m128i *)state.p));
+        size_t ulAt = (size_t)(p - pWindow);
+        if (ulAt >= (size_t)s_nWindow)
+        {
+            pWindow = p;
+            ullWindow = WindowBits(p, pEnd);
+            ulAt = 0;
+        }
+        const uint64_t ullSpecial = ullWindow >> ulAt;
+        const size_t ulLen = ullSpecial ? (size_t)__builtin_ctzll(ullSpecial) : (size_t)s_nWindow - ulAt;
+        if (ulLen)
+        {
+            if (ulLen <= (size_t)s_nVector && pEnd - p >= s_nVector)
+                _mm_storeu_si128((__m128i *)pOut, _mm_loadu_si128((const __m128i *)p));
+            else
+                memcpy(pOut, p, ulLen);
+            p += ulLen;
+            pOut += ulLen;
+            cLast = 0;
+        }
+        if (!ullSpecial)
+            continue;
+        const char c = *p;
+        if (c == ',' || c == '=')
+        {
+            if (state.lDepth || cLast == '}' || lNumStrings >= lMaxStrings)
+                break;
+            *pOut++ = 0;
+            plStarts[lNumStrings++] = (xlong)(pOut - pBody);
+            cLast = c;
+            ++p;
+            p += *p == ' ';
+        }
+        else if (c == ' ')
+            ++p;
+        else if (c == '"')
+        {
+            const char *pQuoted = p + 1;
+            char *pTo = pOut;
+            unsigned uStops = 0;
+            for (int n = 0; n < 4 && !uStops && pEnd - pQuoted >= s_nVector; ++n)
+            {
+                const __m128i x = _mm_loadu_si128((const __m128i *)pQuoted);
+                uStops = TQuoted::Stops(x);
+                _mm_storeu_si128((__m128i *)pTo, x);
+                const int nLen = uStops ? __builtin_ctz(uStops) : (int)s_nVector;
+                pQuoted += nLen;
+                pTo += nLen;
+            }
+            if (!uStops || *pQuoted != '"')
+                break;
+            p = pQuoted + 1;
+            pOut = pTo;
+            cLast = c;
+        }
         else
-            memcpy(state.pOut, state.p, ulLen);
-        state.p += ulLen;
-        state.pOut += ulLen;
-        state.cLast = 0;
+            break;
     }
-    return !ullSpecial;
+    state.p = p;
+    state.pOut = pOut;
+    state.cLast = cLast;
+    m_pWindow = pWindow;
+    m_ullSpecial = ullWindow;
+    m_lNumStrings = lNumStrings;
 }
 
 bool CKCBLScan::Scan(const char *pszText)
@@ -402,22 +460,12 @@ bool CKCBLScan::Scan(const char *pszText)
     {
         if (state.pOut > state.pLimit && !Grow(state))
             return false;
-        if (CopyPlain(state))
-            continue;
+        Fields(state);
         const char c = *state.p;
-        // What most fields end in.
-        if ((c == ',' || c == '=') && state.cLast != '}' && !state.lDepth)
-        {
-            *state.pOut++ = 0;
-            if (!StartString(state))
-                return false;
-            state.cLast = c;
-            ++state.p;
-            state.p += *state.p == ' ';
-            continue;
-        }
         switch (ClassOf(c))
         {
+        case CHAR_PLAIN: // there was no room left
+            break;
         case CHAR_SPACE:
             do
                 ++state.p;

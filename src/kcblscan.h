@@ -38,7 +38,7 @@ private:
     bool StartString(TState &state);
     void CloseArray(TState &state);
     bool Separate(TState &state, char c);
-    bool CopyPlain(TState &state);
+    void Fields(TState &state);
     bool Comment(TState &state);
     bool Quotes(TState &state);
     bool Raw(TState &state, size_t ulIndent);

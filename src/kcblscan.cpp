@@ -452,8 +452,10 @@ bool CKCBLScan::Scan(const char *pszText)
     m_pKeyword = pszText == m_pIndent ? m_pSpaceTo : pszText;
     while (IsBlank(*m_pKeyword))
         ++m_pKeyword;
-    TState state = { m_pKeyword, m_pEnd ? m_pEnd : m_pKeyword, m_pBody, m_pBody + m_lBodySize - s_nReserve, 0, 0 };
-    if (!m_pBody && !Grow(state))
+    TState state = { m_pKeyword, m_pEnd ? m_pEnd : m_pKeyword, m_pBody, nullptr, 0, 0 };
+    if (m_pBody)
+        state.pLimit = m_pBody + m_lBodySize - s_nReserve;
+    else if (!Grow(state))
         return false;
 
     for (bool bEnd = false; !bEnd;)

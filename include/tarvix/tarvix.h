@@ -15,6 +15,7 @@
 #include "tarvix/font.h"
 #include "tarvix/globals.h"
 #include "tarvix/kcbl.h"
+#include "tarvix/jpeg.h"
 #include "tarvix/llist.h"
 #include "tarvix/lzss.h"
 #include "tarvix/memory.h"

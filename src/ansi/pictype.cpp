@@ -1,7 +1,18 @@
 #include "tarvix/pictype.h"
 
+#include "ansi/scrambled.h"
 #include "tarvix/globals.h"
 #include "tarvix/strings.h"
+#include "tarvix/system.h"
+
+bool IsScrambled(CFile *pFile, unsigned short usStart, unsigned short usMask)
+{
+    if (!xIsFileCrypt(pFile))
+        return false;
+    unsigned char aucStart[2];
+    const bool bRead = pFile->Read(aucStart, 2) != 0;
+    return pFile->Seek(0, FILE_SEEK_START) && bRead && ((aucStart[0] | aucStart[1] << 8) & usMask) != usStart;
+}
 
 CPicType::CPicType() : m_pszError("") {}
 

@@ -1,4 +1,5 @@
 #include "ansi/bitmapblock.h"
+#include "ansi/scrambled.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
@@ -142,17 +143,9 @@ xlong CBMPPic::Load(CFile *pFile, CBitmapBase *pBitmap, void *pParameters)
 {
     if (glb->m_pfnLoadData)
         glb->m_pfnLoadData();
-    m_bCrypt = 0;
-    const xlong lMarked = xIsFileCrypt(pFile);
+    m_bCrypt = IsScrambled(pFile, BMP_TYPE, 0xffff);
     unsigned char aucHeaders[BMP_FILE_HEADER + BMP_INFO_HEADER];
-    if (!FileRead(pFile, aucHeaders, BMP_FILE_HEADER))
-        return SetError("BMP - Failed to read file header", 0);
-    // The mark's test also takes most of the ends that pictures have for a
-    // mark. A scrambled file never begins as a plain one does.
-    m_bCrypt = lMarked && Get16(aucHeaders) != BMP_TYPE;
-    if (m_bCrypt)
-        xDecrypt(aucHeaders, BMP_FILE_HEADER);
-    if (!FileRead(pFile, aucHeaders + BMP_FILE_HEADER, BMP_INFO_HEADER))
+    if (!FileRead(pFile, aucHeaders, sizeof aucHeaders))
         return SetError("BMP - Failed to read file header", 0);
     THeaders headers;
     ParseHeaders(aucHeaders, headers);

@@ -2,6 +2,7 @@
 #include "nodepool.h"
 #include "tarvix/dibscreen.h"
 #include "tarvix/globals.h"
+#include "tarvix/jpeg.h"
 #include "tarvix/llist.h"
 #include "tarvix/memory.h"
 #include "tarvix/memorytrack.h"
@@ -196,9 +197,10 @@ void xFreeGlobals()
 
 xlong xInit(int nArgs, char **const ppszArgs)
 {
+    sglb->m_pJPGPic = XNEW(CJPGPic);
     sglb->m_pBMPPic = XNEW(CBMPPic);
     sglb->m_pDibScreen = XNEW(CDibScreen);
-    if (!sglb->m_pBMPPic || !sglb->m_pDibScreen)
+    if (!sglb->m_pJPGPic || !sglb->m_pBMPPic || !sglb->m_pDibScreen)
         return glb->m_Error.SetError(XERR_MEMORY, 0, 0, nullptr, 0);
     if (!RegisterWindowClass())
         return xErrorTxt("RegisterClass failed");
@@ -236,6 +238,7 @@ void xExit()
         UnregisterClassA((LPCSTR)(uintptr_t)sglb->m_atomClass, ThisInstance);
         sglb->m_atomClass = 0;
     }
+    DeleteAndClear(sglb->m_pJPGPic);
     DeleteAndClear(sglb->m_pBMPPic);
     DeleteAndClear(sglb->m_pDibScreen);
     XDELETE_ARRAY(glb->m_pColourIndexMap);

@@ -250,6 +250,7 @@ private:
     xlong Seek(xulong ulPos);
     xulong Position() const;
     xlong FillRaw();
+    void ReturnRaw();
     xlong SkipSegment();
     xlong CanFill();
     const unsigned char *WideRow(xlong lComponent, xlong lTimes);

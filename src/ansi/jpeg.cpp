@@ -82,8 +82,7 @@ xlong CJPGPic::Load(CFile *pFile, CBitmapBase *pBitmap, void *pParameters)
     unsigned short usStart;
     const xlong lOk = ReadWord(&usStart) && (usStart & 0xff) == START_OF_IMAGE && InitJpeg() && ReadJFIFHeader() &&
                       ReadMarkers() == FRAME && DecodeFrame();
-    if (m_pRaw)
-        pFile->Seek((xlong)Position(), FILE_SEEK_START);
+    ReturnRaw();
     Free();
     return lOk;
 }
@@ -163,6 +162,7 @@ xlong CJPGPic::DecodeFrame()
     m_pBitmap->LockBitmapData();
     DecompressImage();
     m_pBitmap->ReleaseBitmapData();
+    ReturnRaw();
     Free();
     return 1;
 }
@@ -183,12 +183,10 @@ xlong CJPGPic::DecompressImage()
 
 xlong CJPGPic::ProcessiMCURow(unsigned char *pOutput)
 {
-    xlong lResult = 1;
-    if (m_lRowsUsed == 8 * m_sMaxV)
-        lResult = DecompressiMCURow();
-    // Where the data ends in the middle, what has come is shown.
+    if (m_lRowsUsed == 8 * m_sMaxV && DecompressiMCURow() < 0)
+        return -1;
     Postprocess(pOutput, 0, 1);
-    return lResult;
+    return 1;
 }
 
 xlong CJPGPic::InitialSetup()

@@ -304,6 +304,13 @@ xlong CJPGPic::FillRaw()
     return 1;
 }
 
+// Leaves the file behind what was looked at.
+void CJPGPic::ReturnRaw()
+{
+    if (m_pRaw)
+        m_pFile->Seek((xlong)Position(), FILE_SEEK_START);
+}
+
 // A segment of no interest.
 xlong CJPGPic::SkipSegment()
 {

@@ -10,6 +10,7 @@
 #include "tarvix/rle.h"
 #include "tarvix/system.h"
 #include "tarvix/xiff.h"
+#include "tests/jpegmaker.h"
 
 #include <string.h>
 
@@ -58,6 +59,31 @@ void MakeBmpSeeds(const std::filesystem::path &folder)
         strRuns[30] = 1;
         strRuns += std::string("\5a\0\0\0\4bcde\1f\0\0\0\2\1\1\2g\0\1", 22);
         Write(folder / "runs.bmp", strRuns);
+    }
+}
+
+void MakeJpegSeeds(const std::filesystem::path &folder)
+{
+    const std::vector<CJpegMaker::TComponent> aSamplings[] = {
+        { { 1, 1, 1 } },
+        { { 1, 1, 1 }, { 2, 1, 1 }, { 3, 1, 1 } },
+        { { 1, 2, 2 }, { 2, 1, 1 }, { 3, 1, 1 } },
+        { { 1, 2, 1 }, { 2, 1, 1 }, { 3, 1, 1 }, { 4, 2, 1 } },
+        { { 1, 4, 1 }, { 2, 1, 1 }, { 3, 2, 1 } },
+    };
+    for (const auto &components : aSamplings)
+    {
+        CJpegMaker maker;
+        maker.components = components;
+        maker.uSeed = (unsigned)(&components - aSamplings);
+        maker.nRestart = (int)maker.uSeed;
+        maker.nWidth = 20;
+        const std::string strBytes = maker.Make();
+        Write(folder / ("seed" + std::to_string(maker.uSeed) + ".jpg"), strBytes);
+        std::string strScrambled = strBytes + "XICRYPTEDFILE";
+        xDecrypt(strScrambled.data(), (xulong)strScrambled.size());
+        if (!maker.uSeed)
+            Write(folder / "scrambled.jpg", strScrambled);
     }
 }
 
@@ -177,6 +203,7 @@ const struct
 } s_Makers[] = {
     { "archive", MakeArchiveSeeds }, { "base64", MakeBase64Seeds }, { "bmp", MakeBmpSeeds },
     { "debug", MakeDebugSeeds },     { "kcbl", MakeKcblSeeds },     { "lzss", MakeLzssSeeds },
+    { "debug", MakeDebugSeeds },     { "jpeg", MakeJpegSeeds },     { "lzss", MakeLzssSeeds },
     { "pal", MakePalSeeds },         { "rle", MakeRleSeeds },       { "uu", MakeUuSeeds },
     { "xiff", MakeXiffSeeds },
 };

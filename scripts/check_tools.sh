@@ -189,6 +189,77 @@ check_kcbl() {
     expect 0 kcbl fmt --check --width 30 script*.txt
     expect 0 kcbl fmt script*.txt
     expect 0 kcbl fmt --check script*.txt
+# same WHAT FILE FILE: the same pixels.
+same() {
+    local differing
+    differing=$(compare -metric AE "$2" "$3" null: 2>&1)
+    [ "$differing" = 0 ] || fail "tvimg, $1: pixels that differ: $differing"
+}
+
+# near WHAT FILE FILE: not the same, and no farther apart than the step between
+# two levels of the palette lets expect.
+near() {
+    local distance
+    distance=$(compare -metric RMSE "$2" "$3" null: 2>&1 | sed 's/.*(\(.*\))/\1/')
+    awk -v d="$distance" 'BEGIN { exit !(d > 0 && d < 0.07) }' || fail "tvimg, $1: $distance apart"
+}
+
+check_tvimg() {
+    local depth
+    check_help tvimg
+    convert -size 333x222 -seed 7 plasma:red-blue -attenuate 0.3 +noise Gaussian -depth 8 in.ppm 2>/dev/null
+    cjpeg -quality 90 in.ppm >in.jpg
+    djpeg -dct int -nosmooth -bmp in.jpg >theirs.bmp
+    expect 0 tvimg info in.jpg
+    [ "$(tr -d '\r' <out | tr -s ' \n' ' ')" = "format JPEG size 333 x 222 pixels depth 24 bits palette none " ] ||
+        fail "tvimg info: $(cat out)"
+    expect 0 tvimg convert in.jpg out24.bmp
+    same "JPEG" theirs.bmp out24.bmp
+    expect 0 tvimg convert theirs.bmp again.bmp
+    cmp out24.bmp again.bmp || fail "tvimg: a BMP file does not stay as it is"
+    for depth in 16 8; do
+        expect 0 tvimg convert in.jpg "out$depth.bmp" --depth $depth
+        expect 0 tvimg convert in.jpg "dither$depth.bmp" --depth $depth --dither
+        [ "$(identify -format '%w %h' "out$depth.bmp")" = "333 222" ] || fail "tvimg: $(identify "out$depth.bmp")"
+        near "$depth bits" theirs.bmp "out$depth.bmp"
+        near "$depth bits, dithered" theirs.bmp "dither$depth.bmp"
+        ! cmp -s "out$depth.bmp" "dither$depth.bmp" || fail "tvimg: --dither does nothing at $depth bits"
+        # From there on nothing is lost.
+        expect 0 tvimg convert "out$depth.bmp" back.bmp --depth 24
+        expect 0 tvimg convert "out$depth.bmp" kept.bmp
+        cmp "out$depth.bmp" kept.bmp || fail "tvimg: $depth bits do not stay as they are"
+    done
+    same "8 bits" out8.bmp back.bmp
+    expect 0 tvimg info out8.bmp
+    grep -q '256 colours, [1-9]' out || fail "tvimg info: $(cat out)"
+    [ ! -e .pal.tab ] || fail "tvimg leaves a table behind"
+    if [ "$target" != linux ]; then
+        for depth in out24 out16 out8 dither16 dither8; do
+            cmp "$depth.bmp" "$top/build/tvimg-linux-$depth.bmp" || fail "tvimg: Windows and Linux differ in $depth"
+        done
+    else
+        for depth in out24 out16 out8 dither16 dither8; do cp "$depth.bmp" "$top/build/tvimg-linux-$depth.bmp"; done
+    fi
+
+    cjpeg -progressive in.ppm >progressive.jpg
+    head -c 300 in.jpg >short.jpg
+    cp theirs.bmp picture.txt
+    cp out8.bmp kept.bmp
+    for bad in progressive.jpg short.jpg missing.jpg picture.txt; do
+        expect 1 tvimg convert $bad kept.bmp
+        expect 1 tvimg info $bad
+    done
+    expect 1 tvimg info progressive.jpg
+    grep -q 'only support baseline' err || fail "tvimg: $(cat err)"
+    cmp out8.bmp kept.bmp || fail "tvimg: a failure touched the old file"
+    mkdir -p folder.bmp/inside
+    expect 1 tvimg convert in.jpg folder.bmp
+    expect 2 tvimg convert in.jpg out.png
+    expect 2 tvimg convert in.jpg out.bmp --depth 12
+    expect 2 tvimg convert in.jpg out.bmp more.bmp
+    expect 2 tvimg convert in.jpg out.bmp --palette x.pal
+    head -c 2000 in.jpg >cut.jpg
+    expect 0 tvimg convert cut.jpg out.bmp
 }
 
 for check in $(declare -F | sed -n 's/^declare -f \(check_\)/\1/p'); do

@@ -194,12 +194,6 @@ STEP V Words(V column, V other)
                               _mm256_srai_epi32(_mm256_slli_epi32(other, SECOND_LEFT), SECOND_RIGHT));
 }
 
-STEP void StorePair(unsigned char *pOutput, ptrdiff_t lPitch, __m128i rows)
-{
-    _mm_storel_epi64((__m128i *)pOutput, rows);
-    _mm_storeh_pd((double *)(pOutput + lPitch), _mm_castsi128_pd(rows));
-}
-
 TARVIX_TARGET_AVX2 void Idct(const short *pCoefs, const short *pQuant, unsigned char *pOutput, ptrdiff_t lPitch)
 {
     V sums[8];
@@ -220,10 +214,10 @@ TARVIX_TARGET_AVX2 void Idct(const short *pCoefs, const short *pQuant, unsigned 
     left = _mm256_shuffle_epi8(_mm256_xor_si256(left, centre), order);
     right = _mm256_shuffle_epi8(_mm256_xor_si256(right, centre), order);
     const V rows0145 = _mm256_unpacklo_epi32(left, right), rows2367 = _mm256_unpackhi_epi32(left, right);
-    StorePair(pOutput, lPitch, _mm256_castsi256_si128(rows0145));
-    StorePair(pOutput + 2 * lPitch, lPitch, _mm256_castsi256_si128(rows2367));
-    StorePair(pOutput + 4 * lPitch, lPitch, _mm256_extracti128_si256(rows0145, 1));
-    StorePair(pOutput + 6 * lPitch, lPitch, _mm256_extracti128_si256(rows2367, 1));
+    sse2::StorePair(pOutput, lPitch, _mm256_castsi256_si128(rows0145));
+    sse2::StorePair(pOutput + 2 * lPitch, lPitch, _mm256_castsi256_si128(rows2367));
+    sse2::StorePair(pOutput + 4 * lPitch, lPitch, _mm256_extracti128_si256(rows0145, 1));
+    sse2::StorePair(pOutput + 6 * lPitch, lPitch, _mm256_extracti128_si256(rows2367, 1));
 }
 #undef STEP
 #undef OP

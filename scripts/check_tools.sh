@@ -196,12 +196,11 @@ same() {
     [ "$differing" = 0 ] || fail "tvimg, $1: pixels that differ: $differing"
 }
 
-# near WHAT FILE FILE: not the same, and no farther apart than the step between
-# two levels of the palette lets expect.
+# near WHAT FILE FILE: not the same, and no farther apart than the loss of bits lets expect.
 near() {
     local distance
     distance=$(compare -metric RMSE "$2" "$3" null: 2>&1 | sed 's/.*(\(.*\))/\1/')
-    awk -v d="$distance" 'BEGIN { exit !(d > 0 && d < 0.07) }' || fail "tvimg, $1: $distance apart"
+    awk -v d="$distance" 'BEGIN { exit !(d > 0 && d < 0.04) }' || fail "tvimg, $1: $distance apart"
 }
 
 check_tvimg() {

@@ -11,8 +11,10 @@
 
 #include <string.h>
 
+#include <algorithm>
 #include <memory>
 #include <set>
+#include <utility>
 
 namespace
 {
@@ -22,8 +24,8 @@ tvimg convert IN OUT.bmp    writes a picture as BMP
 Pictures are read by their extensions, bmp and jpg. Options of convert:
   --depth 8|16|24   bits of the new picture; without it they stay as they are.
                     16 bits have 5 for each colour, 8 bits a palette
-  --palette FILE    colours for 8 bits, a RIFF palette; without it 6 levels of
-                    red, 7 of green and 6 of blue
+  --palette FILE    colours for 8 bits, a RIFF palette; without it they are
+                    chosen from the picture
   --dither          spread what the smaller depth can't hold
 
 Exit status: 0; 1 for a file that can't be read, converted or written; 2 for a
@@ -94,13 +96,92 @@ int Info(const CTool &tool, const std::string &strFile)
     return EXIT_GOOD;
 }
 
-void MakeLevels(CPalette &palette)
+/// A part of the colours of a picture, 5 bits a channel.
+struct TBox
 {
-    for (TRGBA &colour : palette.m_Colors)
-        colour.Set(255, 255, 255, 255);
-    for (int i = 0; i < 6 * 7 * 6; ++i)
-        palette.m_Colors[i].Set((unsigned char)(i / 42 * 51), (unsigned char)(i / 6 % 7 * 255 / 6),
-                                (unsigned char)(i % 6 * 51), 255);
+    std::vector<int> colours;
+    long long llPixels = 0;
+    int nChannel = 0, nSpread = 0; ///< the widest channel
+
+    TBox(const std::vector<long> &counts, const std::vector<int> &within) : colours(within)
+    {
+        for (int i = 0; i < 3; ++i)
+        {
+            int nLeast = 31, nMost = 0;
+            for (int nColour : colours)
+            {
+                nLeast = std::min(nLeast, nColour >> 5 * i & 31);
+                nMost = std::max(nMost, nColour >> 5 * i & 31);
+            }
+            if (nMost - nLeast > nSpread)
+            {
+                nSpread = nMost - nLeast;
+                nChannel = i;
+            }
+        }
+        for (int nColour : colours)
+            llPixels += counts[(size_t)nColour];
+    }
+};
+
+// Blue, green and red of 24 bits, as the pictures that become 8 bits are.
+const unsigned char *PixelOf(const CBitmap &bitmap, xlong lX, xlong lY)
+{
+    return bitmap.m_pData + (size_t)lY * (size_t)bitmap.m_lPitch + 3 * (size_t)lX;
+}
+
+// The colours of a picture are cut in two at half their pixels, again and
+// again where that gains most, until there are 256 parts.
+void ChooseColours(const CBitmap &bitmap, CPalette &palette)
+{
+    std::vector<long> counts(0x8000);
+    std::vector<long long> sums(3 * 0x8000);
+    for (xlong y = 0; y < bitmap.m_lHeight; ++y)
+        for (xlong x = 0; x < bitmap.m_lWidth; ++x)
+        {
+            const unsigned char *p = PixelOf(bitmap, x, y);
+            const size_t ulColour = (size_t)(p[2] >> 3 << 10 | p[1] >> 3 << 5 | p[0] >> 3);
+            ++counts[ulColour];
+            for (size_t i = 0; i < 3; ++i)
+                sums[3 * ulColour + i] += p[i];
+        }
+    std::vector<int> all;
+    for (int i = 0; i < 0x8000; ++i)
+        if (counts[(size_t)i])
+            all.push_back(i);
+    std::vector<TBox> boxes = { TBox(counts, all) };
+    while (boxes.size() < 256)
+    {
+        const auto gain = [](const TBox &box) { return box.llPixels * box.nSpread * box.nSpread; };
+        const auto largest = std::max_element(boxes.begin(), boxes.end(),
+                                              [&](const TBox &a, const TBox &b) { return gain(a) < gain(b); });
+        if (!largest->nSpread)
+            break;
+        std::vector<int> &colours = largest->colours;
+        const int nShift = 5 * largest->nChannel;
+        std::sort(colours.begin(), colours.end(),
+                  [&](int a, int b) { return std::pair(a >> nShift & 31, a) < std::pair(b >> nShift & 31, b); });
+        long long llBelow = 0;
+        size_t ulCut = 0;
+        do
+            llBelow += counts[(size_t)colours[ulCut++]];
+        while (ulCut + 1 < colours.size() && llBelow * 2 < largest->llPixels);
+        const std::vector<int> upper(colours.begin() + (ptrdiff_t)ulCut, colours.end());
+        colours.resize(ulCut);
+        *largest = TBox(counts, std::vector<int>(colours));
+        boxes.push_back(TBox(counts, upper));
+    }
+    for (size_t i = 0; i < 256; ++i)
+    {
+        const TBox &box = boxes[std::min(i, boxes.size() - 1)];
+        long long allSums[3] = {};
+        for (int nColour : box.colours)
+            for (size_t j = 0; j < 3; ++j)
+                allSums[j] += sums[3 * (size_t)nColour + j];
+        const long long llPixels = std::max(box.llPixels, 1LL);
+        palette.m_Colors[i].Set((unsigned char)(allSums[2] / llPixels), (unsigned char)(allSums[1] / llPixels),
+                                (unsigned char)(allSums[0] / llPixels), 255);
+    }
 }
 
 // The table through which 24 bits become 8. The library would keep one in a
@@ -116,11 +197,13 @@ bool MakeIndexMap(const CPalette &palette)
     return glb->m_pColourIndexMap != nullptr;
 }
 
-bool ConvertToIndex(CBitmap &bitmap, const CPalette &palette, xlong lFlags)
+bool ConvertToIndex(CBitmap &bitmap, CPalette &palette, bool bChoose, xlong lFlags)
 {
     // Words take the way over 24 bits.
     if (bitmap.m_lDepth == 16 && !bitmap.ConvertRGB(-1, -1, 24, 8, 8, 8, 0, 8, 16, 0))
         return false;
+    if (bChoose)
+        ChooseColours(bitmap, palette);
     if (!MakeIndexMap(palette))
         return false;
     const bool bOk = bitmap.ConvertIndex(-1, -1, 8, &palette, lFlags) != 0;
@@ -149,7 +232,6 @@ int Convert(const CTool &tool, const TOptions &options, TTypes &types)
     if (const int nCode = Load(tool, options.strIn, bitmap))
         return nCode;
     CPalette palette;
-    MakeLevels(palette);
     if (!options.strPalette.empty() && !palette.Load(options.strPalette.c_str()))
         return tool.FailWithReport(options.strPalette, "the palette can't be read");
     const xlong lDither = options.bDither ? 1 | XBMP_NO_KEY_PASS : 0;
@@ -157,7 +239,7 @@ int Convert(const CTool &tool, const TOptions &options, TTypes &types)
     if (options.lDepth && bitmap.m_lDepth != 8 && bitmap.m_lDepth != 16 && bitmap.m_lDepth != 24)
         return tool.Fail(options.strIn, std::to_string(bitmap.m_lDepth) + " bits can't be converted");
     if (options.lDepth == 8 && (bitmap.m_lDepth != 8 || !options.strPalette.empty()))
-        bOk = ConvertToIndex(bitmap, palette, lDither);
+        bOk = ConvertToIndex(bitmap, palette, options.strPalette.empty(), lDither);
     else if (options.lDepth == 16)
         bOk = bitmap.ConvertRGB(-1, -1, 16, 5, 5, 5, 10, 5, 0, lDither) != 0;
     else if (options.lDepth == 24)

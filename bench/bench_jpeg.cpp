@@ -45,7 +45,7 @@ public:
                 const double dRound = std::hypot(std::fmod(dX, 220) - 110, std::fmod(dY, 260) - 130);
                 if (dY > dHorizon + 60 && dRound < 40)
                     dLight += 70 - dRound;
-                const double dNoise = (Random((unsigned)x * 7919u + (unsigned)y * 104729u) - 0.5) * 9;
+                const double dNoise = (Random((unsigned)x * 7919u + (unsigned)y * 104729u) - 0.5) * 12;
                 Put(i, dLight + dWarm + dNoise);
                 Put(i + 1, dLight + dNoise);
                 Put(i + 2, dLight - dWarm * 1.4 + dNoise);
@@ -116,7 +116,8 @@ private:
     std::vector<unsigned char> m_Pixels;
 };
 
-// Into a new bitmap, as ours, from the bytes of the file in memory.
+// From the bytes of the file in memory into a bitmap that is there already.
+// (Ours reads the file, and makes and clears a bitmap each time.)
 void DecodeTheirs(const std::vector<unsigned char> &file, CBitmap &bitmap)
 {
     jpeg_decompress_struct info;
@@ -129,9 +130,6 @@ void DecodeTheirs(const std::vector<unsigned char> &file, CBitmap &bitmap)
     info.do_fancy_upsampling = FALSE;
     info.out_color_space = JCS_EXT_BGR;
     jpeg_start_decompress(&info);
-    bitmap.Free();
-    if (!bitmap.CreateRGB((xlong)info.output_width, (xlong)info.output_height, 24, 8, 8, 8, 0, 8, 16, 0))
-        abort();
     while (info.output_scanline < info.output_height)
     {
         JSAMPROW apRows[4];
@@ -185,6 +183,8 @@ int Compare(bool bPlain)
             };
             ours();
             CBitmap peer;
+            if (!peer.CreateRGB(size.nWidth, size.nHeight, 24, 8, 8, 8, 0, 8, 16, 0))
+                return 1;
             const auto theirs = [&] { DecodeTheirs(file, peer); };
             theirs();
             char szName[80];

@@ -232,12 +232,12 @@ check_tvimg() {
     expect 0 tvimg info out8.bmp
     grep -q '256 colours, [1-9]' out || fail "tvimg info: $(cat out)"
     [ ! -e .pal.tab ] || fail "tvimg leaves a table behind"
-    if [ "$target" != linux ]; then
-        for depth in out24 out16 out8 dither16 dither8; do
-            cmp "$depth.bmp" "$top/build/tvimg-linux-$depth.bmp" || fail "tvimg: Windows and Linux differ in $depth"
-        done
+    if [ "$target" = linux ]; then
+        sha256sum out*.bmp dither*.bmp >"$top/build/tvimg-linux.sums"
+    elif [ -f "$top/build/tvimg-linux.sums" ]; then
+        sha256sum --quiet -c "$top/build/tvimg-linux.sums" || fail "tvimg: Windows and Linux differ"
     else
-        for depth in out24 out16 out8 dither16 dither8; do cp "$depth.bmp" "$top/build/tvimg-linux-$depth.bmp"; done
+        echo "   tvimg: not compared with Linux, whose pictures are not there"
     fi
 
     cjpeg -progressive in.ppm >progressive.jpg

@@ -202,10 +202,9 @@ const struct
     void (*pfnMake)(const std::filesystem::path &folder);
 } s_Makers[] = {
     { "archive", MakeArchiveSeeds }, { "base64", MakeBase64Seeds }, { "bmp", MakeBmpSeeds },
-    { "debug", MakeDebugSeeds },     { "kcbl", MakeKcblSeeds },     { "lzss", MakeLzssSeeds },
-    { "debug", MakeDebugSeeds },     { "jpeg", MakeJpegSeeds },     { "lzss", MakeLzssSeeds },
-    { "pal", MakePalSeeds },         { "rle", MakeRleSeeds },       { "uu", MakeUuSeeds },
-    { "xiff", MakeXiffSeeds },
+    { "debug", MakeDebugSeeds },     { "jpeg", MakeJpegSeeds },     { "kcbl", MakeKcblSeeds },
+    { "lzss", MakeLzssSeeds },       { "pal", MakePalSeeds },       { "rle", MakeRleSeeds },
+    { "uu", MakeUuSeeds },           { "xiff", MakeXiffSeeds },
 };
 } // namespace
 

@@ -29,6 +29,12 @@ install_build_tools() {
     install g++ cmake ninja-build pkg-config libsdl2-dev googletest
 }
 
+# What the benchmarks compare with.
+install_bench_peers() {
+    install libpixman-1-dev libjpeg62-turbo-dev zlib1g-dev rapidjson-dev libpugixml-dev libboost-dev \
+        libjemalloc2 libmimalloc2.0
+}
+
 # build PRESET [TARGET]
 build() {
     local preset=$1 log

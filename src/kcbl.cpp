@@ -61,6 +61,7 @@ void FreeItems(TKCBLChunk *pTop)
         while (pNode)
         {
             TKCBLKeyword *pItem = ItemAt(pNode);
+            KCBLFetchAhead(pItem);
             if (pItem && pItem->pChunk)
             {
                 pChunk->m_pCurr = pNode;

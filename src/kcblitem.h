@@ -35,6 +35,14 @@ inline TKCBLKeyword *KCBLNewItem(xlong lSize, xlong lNumStrings)
     return pItem;
 }
 
+/// For walks over a large tree: items made in a row lie in a row, so what comes
+/// some items later is fetched from memory now.
+inline void KCBLFetchAhead(const TKCBLKeyword *pItem)
+{
+    for (int n = 1024; n < 1024 + 4 * 64; n += 64)
+        __builtin_prefetch((const char *)((uintptr_t)pItem + (uintptr_t)n));
+}
+
 /// Frees one item; null is ignored.
 inline void KCBLDeleteItem(TKCBLKeyword *pItem)
 {

@@ -289,6 +289,7 @@ void PutRaw(CLine &line, const char *pszText, xlong lIndent)
 // @return false with a report
 bool PutItem(CLine &line, const TKCBLKeyword *pItem, xlong lIndent)
 {
+    KCBLFetchAhead(pItem);
     xlong lCount = pItem->lNumStrings;
     const bool bRaw = *pItem->pszKeyword == '[' && lCount;
     if (bRaw)

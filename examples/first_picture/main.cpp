@@ -10,7 +10,7 @@
 
 namespace
 {
-const char s_szUsage[] = "first_picture [PICTURE.bmp] [--mode WIDTHxHEIGHTxDEPTH] [--plain]\n"
+const char s_szUsage[] = "first_picture [PICTURE] [--mode WIDTHxHEIGHTxDEPTH] [--plain]\n"
                          "              [--frames N] [--shot FILE.bmp]\n"
                          "  --mode    640x480, 800x600 or 1024x768, at 8, 16 or 24 bits; 640x480x24 if not given;\n"
                          "            a D at the end centres the picture on the whole desktop\n"

@@ -89,15 +89,16 @@ xlong CJPGPic::ReadFrameHeader()
 {
     const xulong ulSegment = Position();
     unsigned short usLength, usHeight;
-    unsigned char ucPrecision;
+    unsigned char ucPrecision, ucComponents;
     if (!ReadWord(&usLength) || !ReadByte(&ucPrecision) || ucPrecision != 8 || !ReadWord(&usHeight) ||
-        !ReadWord(&m_uWidth) || !ReadByte(&m_ucComponents))
+        !ReadWord(&m_uWidth) || !ReadByte(&ucComponents))
         return 0;
     if (usHeight)
         m_uHeight = usHeight;
     // A colour takes three components.
-    if (m_ucComponents > MAX_COMPONENTS || m_ucComponents == 0 || m_ucComponents == 2)
+    if (ucComponents > MAX_COMPONENTS || ucComponents == 0 || ucComponents == 2)
         return 0;
+    m_ucComponents = ucComponents;
     if (!m_pComps)
         m_pComps = XNEW(TCompInfo[MAX_COMPONENTS]);
     if (!m_pComps)

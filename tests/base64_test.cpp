@@ -164,6 +164,40 @@ TEST(UuTest, EveryLengthBothWays)
     EXPECT_EQ('M', UuModel(std::string(45, 'x'))[0]);
 }
 
+#ifndef _WIN32
+// What other programs make of our texts, and we of theirs.
+class CCoderPeerTest : public CFolderTest
+{
+};
+
+TEST_F(CCoderPeerTest, OtherProgramsAgree)
+{
+    std::mt19937 random(67);
+    for (const size_t ulSize : { 1, 2, 3, 44, 45, 46, 57, 1000, 4500 })
+    {
+        SCOPED_TRACE(ulSize);
+        const std::string strBytes = Random(random, ulSize);
+        WriteFile("bytes", strBytes);
+        ASSERT_EQ(0, std::system("base64 -w 0 bytes > text && base64 -w 76 bytes > lines"));
+        EXPECT_EQ(ReadFile("text"), Encode(strBytes, 0));
+        EXPECT_EQ(strBytes, Decode(ReadFile("lines")).substr(0, ulSize));
+        WriteFile("text", Encode(strBytes, 0));
+        ASSERT_EQ(0, std::system("base64 -d text > back"));
+        EXPECT_EQ(strBytes, ReadFile("back"));
+
+        std::string strLines((ulSize + 44) / 45 * 62, ' ');
+        strLines.resize(UUEncode(strBytes.data(), strLines.data(), (xulong)ulSize));
+        WriteFile("lines", "begin 644 back\n" + strLines + " \nend\n");
+        ASSERT_EQ(0, std::system("uudecode -o back lines && uuencode bytes name > theirs"));
+        EXPECT_EQ(strBytes, ReadFile("back"));
+        std::string strTheirs = ReadFile("theirs"), strBack(ulSize + 100, ' ');
+        strTheirs.erase(0, strTheirs.find('\n') + 1);
+        strBack.resize(UUDecode(strTheirs.data(), strBack.data(), (xulong)strTheirs.size()));
+        EXPECT_EQ(strBytes, strBack);
+    }
+}
+#endif
+
 TEST(UuTest, PromisesBeyondTheTextAreBlanks)
 {
     char szBack[64];

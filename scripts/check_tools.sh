@@ -189,6 +189,8 @@ check_kcbl() {
     expect 0 kcbl fmt --check --width 30 script*.txt
     expect 0 kcbl fmt script*.txt
     expect 0 kcbl fmt --check script*.txt
+}
+
 # same WHAT FILE FILE: the same pixels.
 same() {
     local differing

@@ -1,6 +1,7 @@
 #include "tarvix/lzss.h"
 
 #include "heap.h"
+#include "plainlzss.h"
 #include "support.h"
 #include "tarvix/bitfile.h"
 
@@ -8,200 +9,6 @@
 
 namespace
 {
-// The coder once more, in its plainest form: a ring, bytes compared one by one,
-// bits in a vector.
-class CModel
-{
-public:
-    std::string Compress(const std::string &strSource)
-    {
-        m_Bits.clear();
-        m_Window.assign(4096, 0);
-        m_Parent.assign(4097, 0);
-        m_Smaller.assign(4097, 0);
-        m_Larger.assign(4097, 0);
-        size_t ulRead = 0;
-        int nAhead = 0;
-        while (nAhead < 17 && ulRead < strSource.size())
-            m_Window[(size_t)++nAhead] = (unsigned char)strSource[ulRead++];
-        m_Larger[4096] = 1;
-        m_Parent[1] = 4096;
-        int nCurrent = 1, nMatch = 0, nPos = 0;
-        while (nAhead > 0)
-        {
-            nMatch = std::min(nMatch, nAhead);
-            int nReplace = nMatch;
-            if (nMatch >= 2)
-            {
-                Put(0, 1);
-                Put(nPos, 12);
-                Put(nMatch - 2, 4);
-            }
-            else
-            {
-                Put(1, 1);
-                Put(m_Window[(size_t)nCurrent], 8);
-                nReplace = 1;
-            }
-            for (; nReplace; --nReplace)
-            {
-                Delete((nCurrent + 17) & 4095);
-                if (ulRead < strSource.size())
-                    m_Window[(size_t)((nCurrent + 17) & 4095)] = (unsigned char)strSource[ulRead++];
-                else
-                    --nAhead;
-                nCurrent = (nCurrent + 1) & 4095;
-                if (nAhead)
-                    nMatch = Add(nCurrent, nPos);
-            }
-        }
-        Put(0, 13);
-        std::string strBytes;
-        for (size_t ul = 0; ul < m_Bits.size(); ul += 8)
-        {
-            int nByte = 0;
-            for (size_t ulBit = ul; ulBit < ul + 8; ++ulBit)
-                nByte = nByte * 2 + (ulBit < m_Bits.size() && m_Bits[ulBit]);
-            strBytes += (char)nByte;
-        }
-        return strBytes;
-    }
-
-    // @return false when the stream has no end
-    static bool Expand(const std::string &strStream, std::string &strOut)
-    {
-        size_t ulBit = 0;
-        const auto Get = [&](int nCount)
-        {
-            int nValue = 0;
-            for (; nCount; --nCount, ++ulBit)
-                nValue = nValue * 2 + (ulBit / 8 < strStream.size() && strStream[ulBit / 8] >> (7 - ulBit % 8) & 1);
-            return nValue;
-        };
-        std::vector<char> window(4096, 0);
-        size_t ulAt = 1;
-        const auto Out = [&](char c)
-        {
-            strOut += c;
-            window[ulAt] = c;
-            ulAt = (ulAt + 1) & 4095;
-        };
-        while (ulBit < strStream.size() * 8)
-        {
-            if (Get(1))
-            {
-                const char c = (char)Get(8);
-                if (ulBit > strStream.size() * 8)
-                    return false;
-                Out(c);
-                continue;
-            }
-            const int nPos = Get(12);
-            if (!nPos)
-                return ulBit <= strStream.size() * 8;
-            const int nLen = Get(4) + 2;
-            if (ulBit > strStream.size() * 8)
-                return false;
-            for (int n = 0; n < nLen; ++n)
-                Out(window[(size_t)(nPos + n) & 4095]);
-        }
-        return false;
-    }
-
-private:
-    void Put(int nValue, int nCount)
-    {
-        while (nCount--)
-            m_Bits.push_back(nValue >> nCount & 1);
-    }
-
-    void Contract(int nOld, int nNew)
-    {
-        const int nParent = m_Parent[(size_t)nOld];
-        m_Parent[(size_t)nNew] = nParent;
-        if (m_Larger[(size_t)nParent] == nOld)
-            m_Larger[(size_t)nParent] = nNew;
-        else
-            m_Smaller[(size_t)nParent] = nNew;
-        m_Parent[(size_t)nOld] = 0;
-    }
-
-    void Replace(int nOld, int nNew)
-    {
-        const size_t ulOld = (size_t)nOld, ulNew = (size_t)nNew, ulParent = (size_t)m_Parent[ulOld];
-        if (m_Smaller[ulParent] == nOld)
-            m_Smaller[ulParent] = nNew;
-        else
-            m_Larger[ulParent] = nNew;
-        m_Parent[ulNew] = m_Parent[ulOld];
-        m_Smaller[ulNew] = m_Smaller[ulOld];
-        m_Larger[ulNew] = m_Larger[ulOld];
-        m_Parent[(size_t)m_Smaller[ulNew]] = nNew;
-        m_Parent[(size_t)m_Larger[ulNew]] = nNew;
-        m_Parent[ulOld] = 0;
-    }
-
-    void Delete(int nNode)
-    {
-        const size_t ul = (size_t)nNode;
-        if (!m_Parent[ul])
-            return;
-        if (!m_Larger[ul])
-            Contract(nNode, m_Smaller[ul]);
-        else if (!m_Smaller[ul])
-            Contract(nNode, m_Larger[ul]);
-        else
-        {
-            int nNext = m_Smaller[ul];
-            while (m_Larger[(size_t)nNext])
-                nNext = m_Larger[(size_t)nNext];
-            Delete(nNext);
-            Replace(nNode, nNext);
-        }
-    }
-
-    int Add(int nNode, int &nPos)
-    {
-        if (!nNode)
-            return 0;
-        int nBest = 0;
-        for (int nTest = m_Larger[4096];;)
-        {
-            int nLen = 0, nDiff = 0;
-            while (nLen < 17)
-            {
-                nDiff = m_Window[(size_t)(nNode + nLen) & 4095] - m_Window[(size_t)(nTest + nLen) & 4095];
-                if (nDiff)
-                    break;
-                ++nLen;
-            }
-            if (nLen >= nBest)
-            {
-                nBest = nLen;
-                nPos = nTest;
-                if (nLen == 17)
-                {
-                    Replace(nTest, nNode);
-                    return 17;
-                }
-            }
-            int &nChild = nDiff >= 0 ? m_Larger[(size_t)nTest] : m_Smaller[(size_t)nTest];
-            if (!nChild)
-            {
-                nChild = nNode;
-                m_Parent[(size_t)nNode] = nTest;
-                m_Larger[(size_t)nNode] = m_Smaller[(size_t)nNode] = 0;
-                return nBest;
-            }
-            nTest = nChild;
-        }
-    }
-
-    std::vector<bool> m_Bits;
-    std::vector<unsigned char> m_Window;
-    std::vector<int> m_Parent, m_Smaller, m_Larger;
-};
-
 std::string TakeBlock(char *pBlock, xulong ulLen)
 {
     std::string str(pBlock ? pBlock : "", pBlock ? ulLen : 0);
@@ -267,7 +74,7 @@ protected:
 
 TEST_F(CLzssTest, ChoosesAsThePlainTreeDoesInEveryForm)
 {
-    CModel model;
+    CPlainLzss model;
     for (const TSource &source : Sources())
     {
         SCOPED_TRACE(source.pszName);
@@ -275,7 +82,7 @@ TEST_F(CLzssTest, ChoosesAsThePlainTreeDoesInEveryForm)
         const std::string strStream = Packed(m_Lzss, source.strBytes);
         ASSERT_TRUE(strModel == strStream) << strModel.size() << " and " << strStream.size() << " bytes";
         std::string strBack;
-        ASSERT_TRUE(CModel::Expand(strStream, strBack));
+        ASSERT_TRUE(model.Expand(strStream, strBack));
         ASSERT_TRUE(source.strBytes == strBack);
 
         WriteFile("source", source.strBytes);
@@ -331,6 +138,7 @@ TEST_F(CLzssTest, DamagedStreamsEndAsInTheModel)
 {
     std::mt19937 random(8);
     const std::string strGood = Packed(m_Lzss, Sources()[7].strBytes.substr(0, 3000));
+    CPlainLzss model;
     for (int nCase = 0; nCase < 400; ++nCase)
     {
         SCOPED_TRACE(nCase);
@@ -338,7 +146,7 @@ TEST_F(CLzssTest, DamagedStreamsEndAsInTheModel)
         for (size_t ul = 0; ul < strBad.size() && nCase % 2; ul += 1 + random() % 200)
             strBad[ul] = (char)random();
         std::string strModel;
-        const bool bEnds = CModel::Expand(strBad, strModel);
+        const bool bEnds = model.Expand(strBad, strModel);
         const std::unique_ptr<char[]> pExact(new char[strBad.size()]);
         std::copy(strBad.begin(), strBad.end(), pExact.get());
         // Room to spare may be used for work, what is behind it not.

@@ -1,5 +1,5 @@
-// The stream of CLzss made and read in the plain way, for comparison: a ring of
-// bytes, a tree of indices, bits one by one.
+// The stream of CLzss made and read in the plain way, for tests and benchmarks: a
+// ring of bytes, a tree of indices, bits one by one.
 #pragma once
 
 #include <string.h>
@@ -54,9 +54,12 @@ public:
         return m_strOut;
     }
 
-    std::string Expand(const std::string &strStream)
+    /// @return false when the stream has no end; strOut then holds what came before
+    bool Expand(const std::string &strStream, std::string &strOut)
     {
         Clear();
+        strOut.clear();
+        const size_t ulBits = strStream.size() * 8;
         size_t ulBit = 0;
         const auto Get = [&](int nCount)
         {
@@ -68,24 +71,30 @@ public:
         int nCurrent = 1;
         const auto Out = [&](unsigned char uc)
         {
-            m_strOut += (char)uc;
+            strOut += (char)uc;
             m_ucWindow[nCurrent] = uc;
             nCurrent = (nCurrent + 1) & 4095;
         };
-        for (;;)
+        while (ulBit < ulBits)
         {
-            if (Get(1))
+            const bool bLiteral = Get(1) != 0;
+            if (ulBits - ulBit < (bLiteral ? 8u : 12u))
+                break;
+            if (bLiteral)
             {
                 Out((unsigned char)Get(8));
                 continue;
             }
             const int nPos = Get(12);
             if (!nPos)
-                return m_strOut;
+                return true;
+            if (ulBits - ulBit < 4)
+                break;
             const int nLength = Get(4) + 2;
             for (int n = 0; n < nLength; ++n)
                 Out(m_ucWindow[(nPos + n) & 4095]);
         }
+        return false;
     }
 
 private:

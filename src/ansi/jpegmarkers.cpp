@@ -34,7 +34,7 @@ xlong CJPGPic::ReadJFIFHeader()
     if (!ReadWord(&usMarker) || (usMarker & 1))
         return 0;
     const xulong ulSegment = Position();
-    if (!ReadWord(&usLength) || !Read(szMark, sizeof szMark) || memcmp(szMark, "JFIF", sizeof szMark) ||
+    if (!ReadWord(&usLength) || !Read(szMark, sizeof szMark) || memcmp(szMark, "JFIF", sizeof szMark) != 0 ||
         !ReadWord(&usVersion) || usVersion >> 8 != HIGHEST_JFIF_MAJOR)
         return 0;
     return Seek(ulSegment + usLength);

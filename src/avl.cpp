@@ -3,7 +3,6 @@
 #include "nodepool.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
-#include "tarvix/objpool.h"
 
 namespace
 {
@@ -29,19 +28,19 @@ CObjPool *NodePool()
 
 CAvlBinaryTreeNode *AllocNode()
 {
-    if (CObjPool *pPool = NodePool())
-        return (CAvlBinaryTreeNode *)pPool->Alloc();
-    CAvlBinaryTreeNode *pNode = glb ? nullptr : (CAvlBinaryTreeNode *)NewNode();
+    CObjPool *const pPool = NodePool();
+    void *pNode = pPool ? TakePooledNode(pPool) : nullptr;
+    if (!pNode && (pPool || !glb))
+        pNode = NewNode();
     if (pNode)
-        pNode->Constructor();
-    return pNode;
+        ((CAvlBinaryTreeNode *)pNode)->Constructor();
+    return (CAvlBinaryTreeNode *)pNode;
 }
 
 void FreeNode(CAvlBinaryTreeNode *pNode)
 {
-    if (CObjPool *pPool = NodePool())
-        pPool->Free(pNode);
-    else
+    CObjPool *const pPool = NodePool();
+    if (!pPool || !GivePooledNode(pPool, pNode))
         xSysFreeMem(pNode);
 }
 

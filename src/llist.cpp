@@ -2,7 +2,6 @@
 
 #include "nodepool.h"
 #include "tarvix/globals.h"
-#include "tarvix/objpool.h"
 
 namespace
 {
@@ -23,21 +22,19 @@ CObjPool *NodePool()
 
 CNode *List_AllocNode()
 {
-    if (CObjPool *pPool = NodePool())
-        return (CNode *)pPool->Alloc();
-    CNode *pNode = glb ? nullptr : (CNode *)NewNode();
-    if (pNode)
-        ClearNode(pNode);
-    return pNode;
+    CObjPool *const pPool = NodePool();
+    void *pNode = pPool ? TakePooledNode(pPool) : nullptr;
+    if (!pNode && (pPool || !glb))
+        pNode = NewNode();
+    return (CNode *)pNode;
 }
 
 void List_FreeNode(CNode *pNode)
 {
     if (!pNode)
         return;
-    if (CObjPool *pPool = NodePool())
-        pPool->Free(pNode);
-    else
+    CObjPool *const pPool = NodePool();
+    if (!pPool || !GivePooledNode(pPool, pNode))
         xSysFreeMem(pNode);
 }
 
@@ -48,7 +45,7 @@ CNode *NodeFor(void *pItem, xlong lIsNode)
         return (CNode *)pItem;
     CNode *pNode = List_AllocNode();
     if (pNode)
-        pNode->pData = pItem;
+        *pNode = { nullptr, nullptr, pItem };
     return pNode;
 }
 } // namespace

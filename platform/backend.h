@@ -53,6 +53,11 @@ public:
     virtual void GetPointer(POINT *pPoint) = 0;
     virtual void SetPointer(int lX, int lY) = 0;
 
+    virtual bool HasClipboardText() = 0;
+    /// @return UTF-8, to be freed; null when there is none
+    virtual char *GetClipboardText() = 0;
+    virtual bool SetClipboardText(const char *pszUtf8) = 0;
+
     /// @return the id of the button that was pressed, 0 when nothing could be shown
     virtual int ShowMessageBox(HWND hOwner, LPCSTR pszText, LPCSTR pszCaption, UINT ulType) = 0;
 

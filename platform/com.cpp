@@ -1,4 +1,5 @@
 // COM without its servers: what it takes to make shell links and identifiers.
+#include "platform/codepage.h"
 #include "platform/shelllink.h"
 
 #include <errno.h>
@@ -11,34 +12,6 @@ namespace
 {
 int s_lInitialized = 0;
 int s_lSockets = 0;
-
-/// One character of UTF-8. A byte that belongs to none gives the lone
-/// surrogate 0xDC00 + byte and, if asked for, a complaint.
-size_t Decode(const unsigned char *p, size_t ulLeft, uint32_t *pulChar, bool *pbInvalid)
-{
-    static const uint32_t s_aulFirst[5] = { 0, 0, 0x80, 0x800, 0x10000 };
-    const size_t ulLength = p[0] < 0x80 ? 1 : p[0] < 0xC0 ? 0 : p[0] < 0xE0 ? 2 : p[0] < 0xF0 ? 3 : p[0] < 0xF8 ? 4 : 0;
-    if (ulLength == 1)
-    {
-        *pulChar = p[0];
-        return 1;
-    }
-    bool bValid = ulLength != 0 && ulLength <= ulLeft;
-    uint32_t ul = bValid ? p[0] & (0x7Fu >> ulLength) : 0;
-    for (size_t i = 1; bValid && i < ulLength; ++i)
-    {
-        bValid = (p[i] & 0xC0) == 0x80;
-        ul = ul << 6 | (p[i] & 0x3F);
-    }
-    if (bValid && ul >= s_aulFirst[ulLength] && ul <= 0x10FFFF && (ul < 0xD800 || ul > 0xDFFF))
-    {
-        *pulChar = ul;
-        return ulLength;
-    }
-    *pulChar = 0xDC00u + p[0];
-    *pbInvalid = true;
-    return 1;
-}
 } // namespace
 
 HRESULT CoInitialize(LPVOID)
@@ -117,7 +90,7 @@ int MultiByteToWideChar(UINT ulCodePage, DWORD ulFlags, LPCSTR pszText, int lLen
     for (size_t i = 0; i < ulLength; ++lCount)
     {
         uint32_t ulChar;
-        i += Decode((const unsigned char *)pszText + i, ulLength - i, &ulChar, &bInvalid);
+        i += DecodeUtf8((const unsigned char *)pszText + i, ulLength - i, &ulChar, &bInvalid);
         if (lWideSize && lCount == lWideSize)
         {
             SetLastError(ERROR_INSUFFICIENT_BUFFER);
@@ -137,6 +110,11 @@ int MultiByteToWideChar(UINT ulCodePage, DWORD ulFlags, LPCSTR pszText, int lLen
 DWORD GetCurrentProcessId()
 {
     return (DWORD)getpid();
+}
+
+DWORD GetCurrentThreadId()
+{
+    return (DWORD)gettid();
 }
 
 int WSAStartup(WORD usVersion, WSADATA *pData)

@@ -1,4 +1,5 @@
 #include "platform/input.h"
+#include "platform/keystate.h"
 #include "platform/window.h"
 
 #include <string.h>
@@ -54,13 +55,13 @@ void PostSysCommand(HWND hWnd, WPARAM wCommand)
 
 void InputPointer(HWND hWnd, int lX, int lY)
 {
-    PostInput(hWnd, WM_MOUSEMOVE, HeldFlags(), MAKELPARAM(lX, lY), 0);
+    PostInput(hWnd, WM_MOUSEMOVE, HeldFlags(), MAKELPARAM(lX, lY), nullptr);
 }
 
 void InputButton(HWND hWnd, EMouseButton eButton, bool bDown, int lX, int lY)
 {
     s_abButtonDown[eButton] = bDown;
-    PostInput(hWnd, BUTTON_MSG[eButton] + (bDown ? 0 : 1), HeldFlags(), MAKELPARAM(lX, lY), 0);
+    PostInput(hWnd, BUTTON_MSG[eButton] + (bDown ? 0 : 1), HeldFlags(), MAKELPARAM(lX, lY), nullptr);
 }
 
 void InputKey(HWND hWnd, const TKeyEvent *pKey)
@@ -96,7 +97,7 @@ void InputKey(HWND hWnd, const TKeyEvent *pKey)
     if (!pKey->bDown)
         ulData |= 1u << 31;
     const UINT ulMsg = bSystem ? (pKey->bDown ? WM_SYSKEYDOWN : WM_SYSKEYUP) : (pKey->bDown ? WM_KEYDOWN : WM_KEYUP);
-    PostInput(hWnd, ulMsg, (WPARAM)lMessageKey, (LPARAM)ulData, pKey->ucChar);
+    PostInput(hWnd, ulMsg, (WPARAM)lMessageKey, (LPARAM)ulData, pKey);
 }
 
 void InputClose(HWND hWnd)
@@ -136,7 +137,30 @@ void InputFocus(HWND hWnd, bool bFocus)
     if (bFocus)
         Activate(hWnd, WA_ACTIVE);
     else if (ActiveWindow() == hWnd)
+    {
+        // What is let go in another program is not told here.
+        ResetInput();
+        ReleaseKeyState();
         Deactivate(false);
+    }
+}
+
+void InputLocks(bool bCaps, bool bNum, bool bScroll)
+{
+    SetLockState(VK_CAPITAL, bCaps);
+    SetLockState(VK_NUMLOCK, bNum);
+    SetLockState(VK_SCROLL, bScroll);
+}
+
+void InputText(HWND hWnd, unsigned char ucChar)
+{
+    TKeyEvent key = {};
+    key.lVirtualKey = VK_PACKET;
+    key.bDown = true;
+    key.ucChar = ucChar;
+    InputKey(hWnd, &key);
+    key.bDown = false;
+    InputKey(hWnd, &key);
 }
 
 void InputExpose(HWND hWnd)

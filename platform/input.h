@@ -25,6 +25,11 @@ void InputPointer(HWND hWnd, int lX, int lY);
 void InputButton(HWND hWnd, EMouseButton eButton, bool bDown, int lX, int lY);
 void InputKey(HWND hWnd, const TKeyEvent *pKey);
 
+/// A character that no key typed, as input methods give it.
+void InputText(HWND hWnd, unsigned char ucChar);
+/// Locks as the desktop has them when the window gets its focus.
+void InputLocks(bool bCaps, bool bNum, bool bScroll);
+
 void InputClose(HWND hWnd);
 void InputState(HWND hWnd, EShowState eState);
 void InputPlace(HWND hWnd, const RECT *prcClient);

@@ -390,3 +390,14 @@ HGLOBAL GlobalFree(HGLOBAL hMemory)
     free(hMemory);
     return nullptr;
 }
+
+// Blocks don't move here, so a handle is the block.
+LPVOID GlobalLock(HGLOBAL hMemory)
+{
+    return hMemory;
+}
+
+BOOL GlobalUnlock(HGLOBAL hMemory)
+{
+    return hMemory != nullptr;
+}

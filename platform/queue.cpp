@@ -1,5 +1,8 @@
 // The message queue: what was posted comes first, then the end, then what the
 // user did, then painting.
+#include "platform/hook.h"
+#include "platform/input.h"
+#include "platform/keystate.h"
 #include "platform/window.h"
 
 #include <stdlib.h>
@@ -10,6 +13,7 @@ namespace
 struct TQueued
 {
     MSG msg;
+    int lVirtualKey; ///< of one side where there are two; 0 for what is no key
     unsigned char ucChar;
 };
 
@@ -76,6 +80,30 @@ bool IsKey(UINT ulMsg)
     return ulMsg == WM_KEYDOWN || ulMsg == WM_KEYUP || ulMsg == WM_SYSKEYDOWN || ulMsg == WM_SYSKEYUP;
 }
 
+bool IsKeyDown(UINT ulMsg)
+{
+    return ulMsg == WM_KEYDOWN || ulMsg == WM_SYSKEYDOWN;
+}
+
+void TakeButtons(const MSG &msg)
+{
+    switch (msg.message)
+    {
+    case WM_LBUTTONDOWN:
+    case WM_LBUTTONUP:
+        TakeKeyState(VK_LBUTTON, msg.message == WM_LBUTTONDOWN, 0);
+        break;
+    case WM_RBUTTONDOWN:
+    case WM_RBUTTONUP:
+        TakeKeyState(VK_RBUTTON, msg.message == WM_RBUTTONDOWN, 0);
+        break;
+    case WM_MBUTTONDOWN:
+    case WM_MBUTTONUP:
+        TakeKeyState(VK_MBUTTON, msg.message == WM_MBUTTONDOWN, 0);
+        break;
+    }
+}
+
 MSG MakeMsg(HWND hWnd, UINT ulMsg, WPARAM wParam, LPARAM lParam)
 {
     MSG msg = { hWnd, ulMsg, wParam, lParam, timeGetTime(), {} };
@@ -121,16 +149,42 @@ bool FindPaint(const TFilter &filter, TQueued *pItem)
         MSG msg = MakeMsg(hWnd, WM_PAINT, 0, 0);
         if (!filter.Takes(msg))
             continue;
-        *pItem = { msg, 0 };
+        *pItem = { msg, 0, 0 };
         return true;
+    }
+    return false;
+}
+/// Takes the next input that no hook wants for itself.
+bool TakeInput(const TFilter &filter, bool bRemove, TQueued *pItem)
+{
+    while (TakeFrom(s_Input, filter, bRemove, pItem))
+    {
+        const MSG msg = pItem->msg;
+        if (!IsKey(msg.message))
+        {
+            if (bRemove)
+                TakeButtons(msg);
+            return true;
+        }
+        if (bRemove)
+        {
+            TakeKeyState(pItem->lVirtualKey, IsKeyDown(msg.message), pItem->ucChar);
+            s_LastKey = *pItem;
+        }
+        if (CallKeyboardHooks(bRemove ? HC_ACTION : HC_NOREMOVE, msg.wParam, msg.lParam))
+            return true;
+        // A hook has swallowed it, and may have ended or emptied anything meanwhile.
+        if (!bRemove)
+            TakeFrom(s_Input, filter, true, pItem);
     }
     return false;
 }
 } // namespace
 
-bool PostInput(HWND hWnd, UINT ulMsg, WPARAM wParam, LPARAM lParam, unsigned char ucChar)
+bool PostInput(HWND hWnd, UINT ulMsg, WPARAM wParam, LPARAM lParam, const TKeyEvent *pKey)
 {
-    const TQueued item = { MakeMsg(hWnd, ulMsg, wParam, lParam), ucChar };
+    const TQueued item = { MakeMsg(hWnd, ulMsg, wParam, lParam), pKey ? pKey->lVirtualKey : 0,
+                           pKey ? pKey->ucChar : (unsigned char)0 };
     // The pointer's way is of no interest, only where it has got to.
     if (ulMsg == WM_MOUSEMOVE && s_Input.Count())
     {
@@ -188,11 +242,9 @@ BOOL PeekMessageA(MSG *pMsg, HWND hWnd, UINT ulFirst, UINT ulLast, UINT ulRemove
         *pMsg = MakeMsg(nullptr, WM_QUIT, (WPARAM)s_lExitCode, 0);
         return TRUE;
     }
-    if (TakeFrom(s_Input, filter, bRemove, &item))
+    if (TakeInput(filter, bRemove, &item))
     {
         *pMsg = item.msg;
-        if (bRemove && IsKey(item.msg.message))
-            s_LastKey = item;
         if (bRemove && IsMouse(item.msg.message))
             SendMessageA(item.msg.hwnd, WM_SETCURSOR, (WPARAM)item.msg.hwnd, MAKELPARAM(HTCLIENT, item.msg.message));
         return TRUE;
@@ -209,9 +261,8 @@ BOOL TranslateMessage(const MSG *pMsg)
 {
     if (!pMsg || !IsKey(pMsg->message))
         return FALSE;
-    const bool bDown = pMsg->message == WM_KEYDOWN || pMsg->message == WM_SYSKEYDOWN;
     const MSG &last = s_LastKey.msg;
-    if (bDown && s_LastKey.ucChar && last.hwnd == pMsg->hwnd && last.message == pMsg->message &&
+    if (IsKeyDown(pMsg->message) && s_LastKey.ucChar && last.hwnd == pMsg->hwnd && last.message == pMsg->message &&
         last.wParam == pMsg->wParam && last.lParam == pMsg->lParam)
     {
         PostMessageA(pMsg->hwnd, pMsg->message == WM_KEYDOWN ? WM_CHAR : WM_SYSCHAR, s_LastKey.ucChar, pMsg->lParam);
@@ -238,7 +289,7 @@ BOOL PostMessageA(HWND hWnd, UINT ulMsg, WPARAM wParam, LPARAM lParam)
     }
     if (hWnd && !CheckWindow(hWnd))
         return FALSE;
-    if (!s_Posted.Add({ MakeMsg(hWnd, ulMsg, wParam, lParam), 0 }))
+    if (!s_Posted.Add({ MakeMsg(hWnd, ulMsg, wParam, lParam), 0, 0 }))
     {
         SetLastError(ERROR_NOT_ENOUGH_QUOTA);
         return FALSE;

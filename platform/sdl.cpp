@@ -43,6 +43,9 @@ public:
     void SetPointerShape(HCURSOR hCursor) override;
     void GetPointer(POINT *pPoint) override;
     void SetPointer(int lX, int lY) override;
+    bool HasClipboardText() override { return SDL_HasClipboardText(); }
+    char *GetClipboardText() override;
+    bool SetClipboardText(const char *pszUtf8) override { return SDL_SetClipboardText(pszUtf8) == 0; }
     int ShowMessageBox(HWND hOwner, LPCSTR pszText, LPCSTR pszCaption, UINT ulType) override;
 
 private:
@@ -382,10 +385,19 @@ void CSdlBackend::HandleEvent(const SDL_Event &event)
         hWnd = WindowOfId(event.key.windowID);
         if (hWnd)
         {
-            TKeyEvent key;
-            if (TranslateSdlKey(event.key, &key))
-                InputKey(hWnd, &key);
+            TKeyEvent aKeys[MAX_SDL_KEYS];
+            const int lKeys = TranslateSdlKey(event.key, aKeys);
+            for (int i = 0; i < lKeys; ++i)
+                InputKey(hWnd, &aKeys[i]);
         }
+        break;
+    case SDL_TEXTINPUT:
+        hWnd = WindowOfId(event.text.windowID);
+        if (hWnd)
+            TypeSdlText(hWnd, event.text.text);
+        break;
+    case SDL_KEYMAPCHANGED:
+        ForgetSdlLayout();
         break;
     case SDL_DROPFILE:
     case SDL_DROPTEXT:
@@ -424,6 +436,11 @@ void CSdlBackend::HandleWindowEvent(const SDL_WindowEvent &event)
         break;
     case SDL_WINDOWEVENT_FOCUS_GAINED:
     case SDL_WINDOWEVENT_FOCUS_LOST:
+        if (ulFlags & SDL_WINDOW_INPUT_FOCUS)
+        {
+            const SDL_Keymod eMod = SDL_GetModState();
+            InputLocks(eMod & KMOD_CAPS, eMod & KMOD_NUM, eMod & KMOD_SCROLL);
+        }
         InputFocus(hWnd, ulFlags & SDL_WINDOW_INPUT_FOCUS);
         break;
     case SDL_WINDOWEVENT_CLOSE:
@@ -476,6 +493,14 @@ void CSdlBackend::SetPointer(int lX, int lY)
         SDL_WarpMouseGlobal(lX, lY);
     // A caller may ask at once where the pointer is.
     SDL_PumpEvents();
+}
+
+char *CSdlBackend::GetClipboardText()
+{
+    char *pszText = SDL_GetClipboardText();
+    char *pszCopy = pszText && *pszText ? strdup(pszText) : nullptr;
+    SDL_free(pszText);
+    return pszCopy;
 }
 
 int CSdlBackend::ShowMessageBox(HWND hOwner, LPCSTR pszText, LPCSTR pszCaption, UINT ulType)

@@ -1,4 +1,7 @@
 #include "platform/sdlkeys.h"
+#include "platform/codepage.h"
+
+#include <string.h>
 
 namespace
 {
@@ -159,19 +162,23 @@ unsigned char TakeText()
     if (SDL_PeepEvents(&event, 1, SDL_PEEKEVENT, SDL_FIRSTEVENT, SDL_LASTEVENT) != 1 || event.type != SDL_TEXTINPUT)
         return 0;
     SDL_PeepEvents(&event, 1, SDL_GETEVENT, SDL_FIRSTEVENT, SDL_LASTEVENT);
-    const unsigned char *pText = (const unsigned char *)event.text.text;
-    uint32_t ulChar = pText[0];
-    if (pText[0] >= 0xC0 && pText[0] < 0xE0)
-        ulChar = (pText[0] & 0x1Fu) << 6 | (pText[1] & 0x3F);
-    else if (pText[0] >= 0xE0 && pText[0] < 0xF0)
-        ulChar = (pText[0] & 0x0Fu) << 12 | (pText[1] & 0x3Fu) << 6 | (pText[2] & 0x3F);
+    if (!event.text.text[0])
+        return 0;
+    uint32_t ulChar;
+    bool bInvalid = false;
+    DecodeUtf8((const unsigned char *)event.text.text, strlen(event.text.text), &ulChar, &bInvalid);
     return ToCodePage1252(ulChar);
 }
 
-/// What Windows' layouts type where SDL gives no text.
+bool IsControl(Uint16 usModifiers)
+{
+    return (usModifiers & KMOD_CTRL) && !(usModifiers & (KMOD_ALT | KMOD_MODE));
+}
+
+/// What Windows' layouts type where SDL gives no text, or none that counts.
 unsigned char ControlChar(int lVirtualKey, Uint16 usModifiers)
 {
-    const bool bControl = (usModifiers & KMOD_CTRL) && !(usModifiers & (KMOD_ALT | KMOD_MODE));
+    const bool bControl = IsControl(usModifiers);
     switch (lVirtualKey)
     {
     case VK_RETURN:
@@ -183,28 +190,15 @@ unsigned char ControlChar(int lVirtualKey, Uint16 usModifiers)
     case VK_ESCAPE:
         return 27;
     }
+    if (bControl && lVirtualKey == VK_SPACE)
+        return 32;
+    if (bControl && lVirtualKey >= VK_OEM_4 && lVirtualKey <= VK_OEM_6)
+        return (unsigned char)(lVirtualKey - VK_OEM_4 + 27);
     if (bControl && lVirtualKey >= 'A' && lVirtualKey <= 'Z')
         return (unsigned char)(lVirtualKey - 'A' + 1);
     return 0;
 }
-} // namespace
-
-unsigned char ToCodePage1252(uint32_t ulChar)
-{
-    static const unsigned short s_ausHigh[32] = {
-        0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-        0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-        0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178,
-    };
-    if (ulChar < 0x80 || (ulChar >= 0xA0 && ulChar <= 0xFF))
-        return (unsigned char)ulChar;
-    for (int i = 0; i < 32; ++i)
-        if (s_ausHigh[i] && s_ausHigh[i] == ulChar)
-            return (unsigned char)(0x80 + i);
-    return 0;
-}
-
-bool TranslateSdlKey(const SDL_KeyboardEvent &event, TKeyEvent *pKey)
+bool TranslateKey(const SDL_KeyboardEvent &event, TKeyEvent *pKey)
 {
     const SDL_Scancode eScan = event.keysym.scancode;
     *pKey = {};
@@ -231,8 +225,74 @@ bool TranslateSdlKey(const SDL_KeyboardEvent &event, TKeyEvent *pKey)
     }
     else
         return false;
-    pKey->ucChar = ucText;
-    if (pKey->bDown && !ucText)
+    if (!IsControl(event.keysym.mod))
+        pKey->ucChar = ucText;
+    if (pKey->bDown && !pKey->ucChar)
         pKey->ucChar = ControlChar(pKey->lVirtualKey, event.keysym.mod);
     return true;
+}
+
+// Where the right Alt key chooses a third character of a key, Windows presses
+// the left Control key with it. SDL doesn't tell such layouts from others, so
+// the first such character does.
+bool s_bAltGr = false;
+bool s_bControlAdded = false;
+
+bool IsThirdChar(const SDL_KeyboardEvent &event, unsigned char ucChar)
+{
+    const Uint16 usModifiers = event.keysym.mod;
+    if (!ucChar || !(usModifiers & (KMOD_RALT | KMOD_MODE)) || (usModifiers & (KMOD_CTRL | KMOD_LALT | KMOD_SHIFT)))
+        return false;
+    const unsigned char ucPlain = ToCodePage1252((uint32_t)event.keysym.sym);
+    return ucChar != ucPlain && !(ucPlain >= 'a' && ucPlain <= 'z' && ucChar == ucPlain - 'a' + 'A');
+}
+
+TKeyEvent AddedControl(bool bDown)
+{
+    s_bControlAdded = bDown;
+    TKeyEvent key = {};
+    key.lVirtualKey = VK_LCONTROL;
+    key.lScanCode = 0x1D;
+    key.bDown = bDown;
+    return key;
+}
+} // namespace
+
+int TranslateSdlKey(const SDL_KeyboardEvent &event, TKeyEvent *pKeys)
+{
+    TKeyEvent key;
+    if (!TranslateKey(event, &key))
+        return 0;
+    int lKeys = 0;
+    if (key.lVirtualKey == VK_RMENU)
+    {
+        if (key.bDown ? s_bAltGr && !s_bControlAdded && !(event.keysym.mod & KMOD_LCTRL) : s_bControlAdded)
+            pKeys[lKeys++] = AddedControl(key.bDown);
+    }
+    else if (key.bDown && !s_bControlAdded && IsThirdChar(event, key.ucChar))
+    {
+        s_bAltGr = true;
+        pKeys[lKeys++] = AddedControl(true);
+    }
+    pKeys[lKeys++] = key;
+    return lKeys;
+}
+
+void TypeSdlText(HWND hWnd, const char *pszUtf8)
+{
+    for (size_t ulLeft = strlen(pszUtf8); ulLeft;)
+    {
+        uint32_t ulChar;
+        bool bInvalid = false;
+        const size_t ulLength = DecodeUtf8((const unsigned char *)pszUtf8, ulLeft, &ulChar, &bInvalid);
+        if (const unsigned char ucChar = ToCodePage1252(ulChar))
+            InputText(hWnd, ucChar);
+        pszUtf8 += ulLength;
+        ulLeft -= ulLength;
+    }
+}
+
+void ForgetSdlLayout()
+{
+    s_bAltGr = false;
 }

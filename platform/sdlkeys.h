@@ -6,8 +6,15 @@
 #define SDL_MAIN_HANDLED
 #include <SDL.h>
 
-/// @return false for a key that Windows doesn't know
-bool TranslateSdlKey(const SDL_KeyboardEvent &event, TKeyEvent *pKey);
+enum
+{
+    MAX_SDL_KEYS = 2,
+};
 
-/// Character of Windows' western code page, 0 for one that it lacks.
-unsigned char ToCodePage1252(uint32_t ulChar);
+/// @param pKeys  MAX_SDL_KEYS of them: Windows makes two of AltGr
+/// @return how many; 0 for a key that Windows doesn't know
+int TranslateSdlKey(const SDL_KeyboardEvent &event, TKeyEvent *pKeys);
+/// Types a text that came without a key.
+void TypeSdlText(HWND hWnd, const char *pszUtf8);
+/// The user has chosen another layout.
+void ForgetSdlLayout();

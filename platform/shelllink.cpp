@@ -1,5 +1,6 @@
 // Shell links, kept as .desktop files.
 #include "platform/shelllink.h"
+#include "platform/codepage.h"
 #include "platform/path.h"
 #include "platform/process.h"
 
@@ -137,19 +138,11 @@ bool LinkPath(LPCOLESTR pszWide, char *pszPath)
     for (; *pszWide; ++pszWide)
     {
         const uint32_t ul = (uint32_t)*pszWide;
-        if (ul < 0x80)
-            path.Add((char)ul);
-        else if (ul >= 0xDC80 && ul <= 0xDCFF)
+        char szChar[4];
+        if (ul >= 0xDC80 && ul <= 0xDCFF)
             path.Add((char)(ul - 0xDC00));
-        else if (ul < 0x800)
-            path.Add((char)(0xC0 | ul >> 6)).Add((char)(0x80 | (ul & 0x3F)));
-        else if (ul < 0x10000)
-            path.Add((char)(0xE0 | ul >> 12)).Add((char)(0x80 | (ul >> 6 & 0x3F))).Add((char)(0x80 | (ul & 0x3F)));
         else
-            path.Add((char)(0xF0 | (ul >> 18 & 7)))
-                .Add((char)(0x80 | (ul >> 12 & 0x3F)))
-                .Add((char)(0x80 | (ul >> 6 & 0x3F)))
-                .Add((char)(0x80 | (ul & 0x3F)));
+            path.Add(szChar, EncodeUtf8(ul & 0x1FFFFF, szChar));
     }
     if (path.Failed() || path.Length() < 1)
         return false;

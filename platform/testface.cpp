@@ -5,6 +5,8 @@
 #include "platform/clock.h"
 #include "platform/gdi.h"
 #include "platform/input.h"
+#include "platform/keystate.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <ctype.h>
@@ -54,6 +56,8 @@ struct TAction
     RECT rc;
 };
 
+CText s_Clipboard;
+
 class CFace final : public CBackend
 {
 public:
@@ -72,6 +76,9 @@ public:
     void SetPointerShape(HCURSOR hCursor) override { m_hCursor = hCursor; }
     void GetPointer(POINT *pPoint) override { *pPoint = m_ptPointer; }
     void SetPointer(int lX, int lY) override;
+    bool HasClipboardText() override { return s_Clipboard.Length() != 0; }
+    char *GetClipboardText() override { return m_bFailClipboard ? nullptr : strdup(s_Clipboard.Text()); }
+    bool SetClipboardText(const char *pszUtf8) override { return !m_bFailClipboard && s_Clipboard.Set(pszUtf8); }
     int ShowMessageBox(HWND hOwner, LPCSTR pszText, LPCSTR pszCaption, UINT ulType) override;
 
     void Add(const TAction &action);
@@ -88,6 +95,7 @@ public:
     int m_alAnswers[32] = {};
     int m_lAnswers = 0;
     char m_szBox[1024] = "";
+    bool m_bFailClipboard = false;
 };
 
 CFace s_Face;
@@ -367,9 +375,12 @@ void FaceStop()
         DestroyWindow(FirstWindow());
     ResetQueue();
     ResetInput();
+    ResetKeyState();
     ResetCursor();
+    ResetClipboard();
     ResetSystemPalette();
     free(s_Face.m_pActions);
+    s_Clipboard.Clear();
     s_Face = CFace();
     SetBackend(nullptr);
     UseTestClock(false, 0);
@@ -453,6 +464,28 @@ void FaceType(const char *pszText)
         if (bShift)
             AddKey(VK_LSHIFT, false, false, 0);
     }
+}
+
+void FaceTypeInputMethod(unsigned char ucChar)
+{
+    AddKey(VK_PACKET, true, false, ucChar);
+    AddKey(VK_PACKET, false, false, 0);
+}
+
+void FaceSetClipboard(const char *pszUtf8)
+{
+    if (!s_Clipboard.Set(pszUtf8))
+        abort();
+}
+
+const char *FaceClipboard()
+{
+    return s_Clipboard.Text();
+}
+
+void FaceFailClipboard(bool bFail)
+{
+    s_Face.m_bFailClipboard = bFail;
 }
 
 void FaceClose(HWND hWnd)

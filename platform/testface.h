@@ -48,6 +48,13 @@ TARVIX_INTERNAL void FaceKey(int lVirtualKey, bool bDown, unsigned char ucChar);
 TARVIX_INTERNAL void FaceRepeatKey(int lVirtualKey, unsigned char ucChar);
 /// Presses and releases the keys that type a text; letters, digits and blanks.
 TARVIX_INTERNAL void FaceType(const char *pszText);
+/// A character out of an input method, which no key types.
+TARVIX_INTERNAL void FaceTypeInputMethod(unsigned char ucChar);
+/// Text that another program has copied, UTF-8.
+TARVIX_INTERNAL void FaceSetClipboard(const char *pszUtf8);
+TARVIX_INTERNAL const char *FaceClipboard();
+/// The clipboard says that it has text and then neither gives nor takes any.
+TARVIX_INTERNAL void FaceFailClipboard(bool bFail);
 TARVIX_INTERNAL void FaceClose(HWND hWnd);
 TARVIX_INTERNAL void FaceMinimize(HWND hWnd);
 TARVIX_INTERNAL void FaceMaximize(HWND hWnd);

@@ -188,6 +188,7 @@ TARVIX_INTERNAL HINSTANCE ShellExecuteA(HWND hWnd, LPCSTR pszVerb, LPCSTR pszFil
 /// What opens a document is the desktop's own opener, xdg-open.
 TARVIX_INTERNAL HINSTANCE FindExecutableA(LPCSTR pszFile, LPCSTR pszDirectory, LPSTR pszResult);
 TARVIX_INTERNAL DWORD GetCurrentProcessId();
+TARVIX_INTERNAL DWORD GetCurrentThreadId();
 
 /// A bare name is looked for beside the program, beside this library and where
 /// the system's loader looks, as it is and as "name.so" and "libname.so".

@@ -2,6 +2,8 @@
 #pragma once
 
 typedef LRESULT(CALLBACK *WNDPROC)(HWND, UINT, WPARAM, LPARAM);
+typedef LRESULT(CALLBACK *HOOKPROC)(int, WPARAM, LPARAM);
+typedef struct HHOOK__ *HHOOK;
 
 struct WNDCLASSA
 {
@@ -258,6 +260,18 @@ enum
     MK_MBUTTON = 0x0010,
 };
 
+enum
+{
+    WH_KEYBOARD = 2,
+    HC_ACTION = 0,
+    HC_NOREMOVE = 3,
+};
+
+enum : UINT
+{
+    CF_TEXT = 1,
+};
+
 enum : UINT
 {
     PM_NOREMOVE = 0,
@@ -336,6 +350,7 @@ enum
     VK_OEM_6 = 0xDD,
     VK_OEM_7 = 0xDE,
     VK_OEM_102 = 0xE2,
+    VK_PACKET = 0xE7,
 };
 
 #define IDC_ARROW MAKEINTRESOURCE(32512)
@@ -433,3 +448,23 @@ TARVIX_INTERNAL HCURSOR SetCursor(HCURSOR hCursor);
 TARVIX_INTERNAL int ShowCursor(BOOL bShow);
 TARVIX_INTERNAL BOOL GetCursorPos(POINT *pPoint);
 TARVIX_INTERNAL BOOL SetCursorPos(int lX, int lY);
+
+// The keyboard. States are those of the messages that were taken so far.
+/// Hooks are WH_KEYBOARD alone, of the calling thread.
+TARVIX_INTERNAL HHOOK SetWindowsHookExA(int lKind, HOOKPROC pfnProc, HINSTANCE hInstance, DWORD ulThread);
+TARVIX_INTERNAL BOOL UnhookWindowsHookEx(HHOOK hHook);
+TARVIX_INTERNAL LRESULT CallNextHookEx(HHOOK hHook, int lCode, WPARAM wParam, LPARAM lParam);
+TARVIX_INTERNAL SHORT GetKeyState(int lVirtualKey);
+/// @param pucState  256 bytes
+TARVIX_INTERNAL BOOL GetKeyboardState(BYTE *pucState);
+/// Knows what each key typed when it was pressed last, in code page 1252.
+TARVIX_INTERNAL int ToAscii(UINT ulVirtualKey, UINT ulScanCode, const BYTE *pucState, WORD *pusChar, UINT ulFlags);
+
+// The clipboard, with CF_TEXT alone. A handle of GetClipboardData is good until
+// the next call that gets, sets or empties.
+TARVIX_INTERNAL BOOL IsClipboardFormatAvailable(UINT ulFormat);
+TARVIX_INTERNAL BOOL OpenClipboard(HWND hWnd);
+TARVIX_INTERNAL BOOL CloseClipboard();
+TARVIX_INTERNAL BOOL EmptyClipboard();
+TARVIX_INTERNAL HANDLE GetClipboardData(UINT ulFormat);
+TARVIX_INTERNAL HANDLE SetClipboardData(UINT ulFormat, HANDLE hMemory);

@@ -3,6 +3,8 @@
 
 #include "platform/backend.h"
 
+struct TKeyEvent;
+
 struct TWindowClass
 {
     TWindowClass *pNext;
@@ -96,7 +98,8 @@ void Deactivate(bool bMinimized);
 void ForgetActive(HWND hWnd);
 
 // queue.cpp
-bool PostInput(HWND hWnd, UINT ulMsg, WPARAM wParam, LPARAM lParam, unsigned char ucChar);
+/// @param pKey  of a key message
+bool PostInput(HWND hWnd, UINT ulMsg, WPARAM wParam, LPARAM lParam, const TKeyEvent *pKey);
 void ForgetMessages(HWND hWnd);
 void ResetQueue();
 
@@ -111,3 +114,6 @@ bool OpenOwnDC(HWND hWnd);
 
 // cursor.cpp
 void ResetCursor();
+
+// clipboard.cpp
+void ResetClipboard();

@@ -5,6 +5,7 @@
 #include "base/msgsys.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
+#include "tarvix/mouse.h"
 
 namespace
 {
@@ -280,6 +281,8 @@ xlong CDibScreen::SetScreenWindowProperties(xulong ulFlags, xlong lWidth, xlong 
     lHeight += 2 * lFrameY + lTitle;
     m_lOffsetX = lFrameX;
     m_lOffsetY = lFrameY + lTitle;
+    if (glb->m_pMouse)
+        glb->m_pMouse->SetMouseAdd(m_lOffsetX, m_lOffsetY);
 
     SetWindowLongA(sglb->m_hWnd, GWL_STYLE, lStyle);
     if (m_pMode->lKind == XMODE_WINDOW)
@@ -711,4 +714,14 @@ void CDibScreen::UpdateWindowVariables()
     GetClientRect(sglb->m_hWnd, &rect);
     m_lOffsetX = std::max<xlong>((rect.right - m_pMode->lWidth) / 2, 0);
     m_lOffsetY = std::max<xlong>((rect.bottom - m_pMode->lHeight) / 2, 0);
+    if (!glb->m_pMouse)
+        return;
+    // Any one bit of the style counts as a whole frame.
+    xlong lFrameX = 0, lFrameY = 0;
+    if (!IsBareWindow())
+    {
+        lFrameX = GetSystemMetrics(SM_CXFRAME);
+        lFrameY = GetSystemMetrics(SM_CYFRAME) + GetSystemMetrics(SM_CYCAPTION);
+    }
+    glb->m_pMouse->SetMouseAdd(m_lOffsetX + lFrameX, m_lOffsetY + lFrameY);
 }

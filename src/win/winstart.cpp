@@ -3,9 +3,11 @@
 #include "tarvix/dibscreen.h"
 #include "tarvix/globals.h"
 #include "tarvix/jpeg.h"
+#include "tarvix/keyboard.h"
 #include "tarvix/llist.h"
 #include "tarvix/memory.h"
 #include "tarvix/memorytrack.h"
+#include "tarvix/mouse.h"
 #include "tarvix/objpool.h"
 #include "tarvix/pictype.h"
 #include "tarvix/screen.h"
@@ -200,7 +202,9 @@ xlong xInit(int nArgs, char **const ppszArgs)
     sglb->m_pJPGPic = XNEW(CJPGPic);
     sglb->m_pBMPPic = XNEW(CBMPPic);
     sglb->m_pDibScreen = XNEW(CDibScreen);
-    if (!sglb->m_pJPGPic || !sglb->m_pBMPPic || !sglb->m_pDibScreen)
+    glb->m_pMouse = XNEW(CMouse);
+    glb->m_pKeyboard = XNEW(CKeyboard);
+    if (!sglb->m_pJPGPic || !sglb->m_pBMPPic || !sglb->m_pDibScreen || !glb->m_pMouse || !glb->m_pKeyboard)
         return glb->m_Error.SetError(XERR_MEMORY, 0, 0, nullptr, 0);
     if (!RegisterWindowClass())
         return xErrorTxt("RegisterClass failed");
@@ -241,6 +245,8 @@ void xExit()
     DeleteAndClear(sglb->m_pJPGPic);
     DeleteAndClear(sglb->m_pBMPPic);
     DeleteAndClear(sglb->m_pDibScreen);
+    DeleteAndClear(glb->m_pMouse);
+    DeleteAndClear(glb->m_pKeyboard);
     XDELETE_ARRAY(glb->m_pColourIndexMap);
     glb->m_pColourIndexMap = nullptr;
     DeleteAndClear(glb->m_pObjPoolList);

@@ -1,0 +1,47 @@
+#include "tarvix/keyboard.h"
+
+CKeyboardBase::CKeyboardBase() : m_hHook(nullptr), m_abKeys(), m_aQueue()
+{
+    CKeyboardBase::Clear(CLEAR_QUEUE | CLEAR_STATES);
+}
+
+CKeyboardBase::~CKeyboardBase() {}
+
+void CKeyboardBase::Clear(unsigned short usWhat)
+{
+    if (usWhat & CLEAR_QUEUE)
+        m_sQueueRead = m_sQueueWrite = 0;
+    if (usWhat & CLEAR_STATES)
+    {
+        m_sNumPressed = 0;
+        memset(m_abKeys, 0, CODES);
+    }
+}
+
+xlong CKeyboardBase::IsKeyWaiting()
+{
+    return m_sQueueRead != m_sQueueWrite;
+}
+
+xlong CKeyboardBase::GetNext(TQueueChar *pKey)
+{
+    if (!pKey || m_sQueueRead == m_sQueueWrite)
+        return 0;
+    *pKey = m_aQueue[m_sQueueRead];
+    m_sQueueRead = (short)((m_sQueueRead + 1) % QUEUE_SLOTS);
+    return 1;
+}
+
+xlong CKeyboardBase::IsPressed(unsigned short usKey)
+{
+    if (usKey >= CODES)
+        return 0;
+    const xlong lState = m_abKeys[usKey] & (IS_DOWN | WAS_PRESSED);
+    m_abKeys[usKey] &= (unsigned char)~WAS_PRESSED;
+    return lState;
+}
+
+xlong CKeyboardBase::GetPressed()
+{
+    return m_sNumPressed;
+}

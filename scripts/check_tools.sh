@@ -191,6 +191,51 @@ check_kcbl() {
     expect 0 kcbl fmt --check script*.txt
 }
 
+check_xbfmake() {
+    local fonts=/usr/share/fonts/truetype/dejavu size font bad
+    # FreeType is not among what the Windows tools are built with.
+    [ "$target" = linux ] || return 0
+    check_help xbfmake
+    for font in DejaVuSans DejaVuSans-Bold; do
+        for size in 11 12 16; do
+            expect 0 xbfmake $fonts/$font.ttf plain.xbf --size $size --preview plain.bmp
+            expect 0 xbfmake $fonts/$font.ttf outline.xbf --size $size --outline --spacing 3
+            expect 0 xbfmake $fonts/$font.ttf shadow.xbf --size $size --shadow
+            "$top/scripts/check_xbf.py" $fonts/$font.ttf $size plain.xbf 0 outline.xbf 3 outline shadow.xbf 0 shadow >out ||
+                fail "xbfmake, $font $size: $(head -n 3 out)"
+        done
+    done
+    # The picture shows the letters, and it is the text that makes it.
+    [ "$(identify -format '%w' plain.bmp)" -gt 200 ] && [ "$(identify -format '%k' plain.bmp)" = 6 ] ||
+        fail "xbfmake: $(identify -format '%w %h %k' plain.bmp)"
+    expect 0 xbfmake $fonts/DejaVuSans.ttf plain.xbf --size 12 --preview short.bmp --text "Äi"
+    [ "$(identify -format '%w' short.bmp)" -lt 50 ] || fail "xbfmake --text: $(identify -format '%w' short.bmp)"
+    expect 0 xbfmake $fonts/DejaVuSans.ttf grey.xbf --size 12 --grey --range 65-70,48
+    grep -q '7 characters' out || fail "xbfmake --range: $(cat out)"
+
+    # One letter of 3 by 2 pixels, as its rows say.
+    printf '%s\n' "STARTFONT 2.1" "FONT tiny" "SIZE 8 75 75" "FONTBOUNDINGBOX 4 8 0 -2" "STARTPROPERTIES 2" \
+        "FONT_ASCENT 6" "FONT_DESCENT 2" ENDPROPERTIES "CHARS 1" "STARTCHAR A" "ENCODING 65" "SWIDTH 500 0" "DWIDTH 5 0" \
+        "BBX 3 2 1 0" BITMAP A0 40 ENDCHAR ENDFONT >tiny.bdf
+    expect 0 xbfmake tiny.bdf tiny.xbf --size 8 --preview tiny.bmp --text A
+    convert tiny.bmp -crop 5x2+8+8 -fill black +opaque white -colorspace gray -depth 8 gray:- | od -An -tu1 | tr -d ' \n' >out
+    [ "$(cat out)" = "0255025500025500" ] || fail "xbfmake, BDF: $(cat out)"
+
+    cp tiny.xbf kept.xbf
+    head -c 20000 $fonts/DejaVuSans.ttf >cut.ttf
+    : >empty.ttf
+    for bad in missing.ttf cut.ttf empty.ttf "tiny.bdf --range 66"; do
+        expect 1 xbfmake $bad kept.xbf --size 8
+    done
+    expect 1 xbfmake tiny.bdf kept.xbf --size 9
+    grep -q 'only these sizes: 8' err || fail "xbfmake: $(cat err)"
+    expect 1 xbfmake tiny.bdf missing/out.xbf --size 8
+    cmp tiny.xbf kept.xbf || fail "xbfmake: a failure touched the old file"
+    for bad in "--size 3" "--size x" "--size 8 --range 70-65" "--size 8 --range 1,300" "--size 8 --bold" "--size" "--size 8 more"; do
+        expect 2 xbfmake tiny.bdf kept.xbf $bad
+    done
+}
+
 # same WHAT FILE FILE: the same pixels.
 same() {
     local differing

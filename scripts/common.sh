@@ -26,7 +26,7 @@ install() {
 }
 
 install_build_tools() {
-    install g++ cmake ninja-build pkg-config libsdl2-dev googletest
+    install g++ cmake ninja-build pkg-config libsdl2-dev googletest libfreetype-dev fonts-dejavu-core
 }
 
 # What the benchmarks compare with.

@@ -298,6 +298,12 @@ short CFont::GetLineIndex(const char *pszText, short sWidth, short sHeight, shor
     return bFound;
 }
 
+const CBitmap *CFont::PictureOf(const TRGBA *pColor)
+{
+    const TFontColor *const pVersion = pColor ? FindColor(m_listColors, *pColor) : nullptr;
+    return pVersion ? pVersion->pBitmap : m_pScreenBitmap;
+}
+
 xlong CFont::Free()
 {
     for (m_listColors.First(); m_listColors.Exists(); m_listColors.Next())

@@ -112,6 +112,9 @@ public:
     /// @param sLine  from 1 on
     /// @return 1 with the line's place in pInfo; 0, and both 0 there, when there is none
     short GetLineIndex(const char *pszText, short sWidth, short sHeight, short sLine, TTextInfo *pInfo, xlong lFlags);
+    /// The picture that Text draws a colour with; its first pixel is what stays
+    /// transparent. @return null for an empty font
+    const CBitmap *PictureOf(const TRGBA *pColor);
     /// @return 1
     xlong Free();
 

@@ -3,6 +3,7 @@
 #include "ansi/kernels.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
+#include "tarvix/winctrl.h"
 
 namespace
 {
@@ -299,6 +300,8 @@ void CScreenBase::SetPalette(CPalette *pPalette)
     m_Palette.Clone(pPalette);
     XDELETE_ARRAY(glb->m_pColourIndexMap);
     glb->m_pColourIndexMap = nullptr;
+    if (glb->m_pWinCtrl)
+        glb->m_pWinCtrl->RemapDefaults();
 }
 
 CPalette *CScreenBase::GetPalette()

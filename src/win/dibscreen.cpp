@@ -6,6 +6,7 @@
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/mouse.h"
+#include "tarvix/winctrl.h"
 
 namespace
 {
@@ -333,6 +334,8 @@ xlong CDibScreen::SetFlipScreen(xlong lOn)
     if (m_bFlipScreen == lOn)
         return 1;
     m_bFlipScreen = lOn;
+    if (lOn && glb->m_pWinCtrl)
+        glb->m_pWinCtrl->Validate();
     if (lOn && m_pMode)
         AddDibLayerArea(0, 0, m_pMode->lWidth, m_pMode->lHeight);
     return 1;
@@ -523,6 +526,16 @@ void CDibScreen::Validate()
     {
         const CRect &rc = m_ClearAreas[m_lPage][i];
         ASA(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
+    }
+    for (xlong i = 0; i < m_lValidateCount[m_lPage] && glb->m_pWinCtrl; ++i)
+    {
+        CRect rc = m_ValidateAreas[m_lPage][i];
+        // Entries that were merged into others lie outside; the clip would let
+        // a pixel of them through.
+        if (rc.m_lRight < 0 && rc.m_lBottom < 0)
+            continue;
+        if (glb->m_pWinCtrl->Validate(&rc, m_lPage))
+            AddDibLayerArea(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
     }
     m_lValidateCount[m_lPage] = 0;
 }

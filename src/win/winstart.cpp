@@ -1,5 +1,6 @@
 #include "base/msgsys.h"
 #include "nodepool.h"
+#include "tarvix/button.h"
 #include "tarvix/dibscreen.h"
 #include "tarvix/globals.h"
 #include "tarvix/jpeg.h"
@@ -11,9 +12,12 @@
 #include "tarvix/objpool.h"
 #include "tarvix/pictype.h"
 #include "tarvix/screen.h"
+#include "tarvix/static.h"
 #include "tarvix/strings.h"
 #include "tarvix/system.h"
 #include "tarvix/timer.h"
+#include "tarvix/winctrl.h"
+#include "tarvix/window.h"
 
 namespace
 {
@@ -155,8 +159,12 @@ xlong xCreateGlobals()
     glb->m_pMemory = XNEW(CMemory);
     glb->m_pPicTypeList = XNEW(CPicTypeList);
     glb->m_pScreenList = XNEW(CScreenBaseList);
+    glb->m_pWinCtrl = XNEW(CWinCtrl);
     glb->m_pusSquares = (unsigned short *)XNEW(char[514]);
-    if (!glb->m_pMemory || !glb->m_pPicTypeList || !glb->m_pScreenList || !glb->m_pusSquares)
+    glb->m_pMsgBoxWindow = XNEW(CWindow);
+    glb->m_pMsgBoxText = XNEW(CStatic);
+    glb->m_pMsgBoxButton = XNEW(CButton);
+    if (!glb->m_pMemory || !glb->m_pPicTypeList || !glb->m_pScreenList || !glb->m_pWinCtrl || !glb->m_pusSquares)
         return glb->m_Error.SetError(XERR_MEMORY, 0, 0, nullptr, 0);
     for (unsigned u = 0; u < 256; ++u)
         glb->m_pusSquares[u] = (unsigned short)(u * u);
@@ -168,10 +176,14 @@ void xFreeGlobals()
 {
     if (!glb)
         return;
+    DeleteAndClear(glb->m_pMsgBoxWindow);
+    DeleteAndClear(glb->m_pMsgBoxText);
+    DeleteAndClear(glb->m_pMsgBoxButton);
     XDELETE_ARRAY((char *)glb->m_pusSquares);
     glb->m_pusSquares = nullptr;
     DeleteAndClear(glb->m_pScreenList);
     DeleteAndClear(glb->m_pPicTypeList);
+    DeleteAndClear(glb->m_pWinCtrl);
     if (glb->m_pSpareList)
         glb->m_pSpareList->KillAllData();
     DeleteAndClear(glb->m_pSpareList);

@@ -1,0 +1,57 @@
+#include "tarvix/button.h"
+
+#include "gui/create.h"
+#include "gui/press.h"
+
+namespace
+{
+const TPressRules s_Button = { CNTRL_TRANSPARENT | CNTRL_HASBITMAP | CNTRL_BMTRANS, false, true, true };
+} // namespace
+
+CButton::CButton() = default;
+
+CButton::~CButton() = default;
+
+xlong CButton::Create(xlong lID, char *pszText, xlong lX, xlong lY, xlong lWidth, xlong lHeight, short sHotkey,
+                      xlong lFlags)
+{
+    BeginCreate(*this, lID, pszText, { lX, lY, lWidth, lHeight }, sHotkey, lFlags, 1);
+    TakeColors(*this, &CWinCtrl::m_pDefButtonColors);
+    TakeCursor(*this, &CWinCtrl::m_ulCursorHand);
+    TakeTemplate(*this, &CWinCtrl::m_pDefaultButton);
+    return 1;
+}
+
+xlong CButton::SetDefault()
+{
+    return BecomeTemplate(*this, &CWinCtrl::m_pDefaultButton);
+}
+
+xlong CButton::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, void *pData)
+{
+    if (m_lState == XGUI_DISABLED || m_lState == XGUI_HIDDEN)
+        return 0;
+    switch (lMsg)
+    {
+    case XGUIMSG_KEY:
+        return ButtonKey(*this, lP3);
+    case XGUIMSG_MOUSE:
+        return ButtonMouse(*this, s_Button, lP1, lP2, lP3);
+    }
+    return 0;
+}
+
+xlong CButton::Draw(xlong lX, xlong lY, xlong lPage)
+{
+    if (!CanDraw(*this, lPage))
+        return 0;
+    if (m_lState == XGUI_HIDDEN)
+        return 1;
+    DrawButton(*this, PlaceOf(*this, lX, lY), LookOf(m_lState), true);
+    return CControlBase::Draw(lX, lY, lPage);
+}
+
+void CButton::DrawExtruded(xlong lX, xlong lY, TCntrlColor *pColors)
+{
+    DrawButtonBevel(*this, PlaceOf(*this, lX, lY), pColors);
+}

@@ -1,0 +1,156 @@
+#include "tarvix/groupbox.h"
+
+#include "gui/create.h"
+#include "gui/press.h"
+#include "tarvix/error.h"
+#include "tarvix/radiobutton.h"
+
+namespace
+{
+CRadiobutton *RadioOf(const CNode *pNode)
+{
+    return (CRadiobutton *)pNode->pData;
+}
+} // namespace
+
+CGroupbox::CGroupbox() = default;
+
+CGroupbox::~CGroupbox()
+{
+    for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
+        RadioOf(pNode)->m_pGroup = nullptr;
+}
+
+xlong CGroupbox::SetPos(xlong lX, xlong lY)
+{
+    const xlong lMoveX = lX - m_lX, lMoveY = lY - m_lY;
+    CControlBase::SetPos(lX, lY);
+    for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
+        RadioOf(pNode)->SetPos(RadioOf(pNode)->m_lX + lMoveX, RadioOf(pNode)->m_lY + lMoveY);
+    return 1;
+}
+
+xlong CGroupbox::SetParent(xlong lWindowID, CWindowBase *pWindow)
+{
+    CControlBase::SetParent(lWindowID, pWindow);
+    for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
+        RadioOf(pNode)->SetParent(lWindowID, pWindow, this);
+    return 1;
+}
+
+xlong CGroupbox::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, void *pData)
+{
+    if (m_lState == XGUI_DISABLED)
+        return 0;
+    switch (lMsg)
+    {
+    case XGUIMSG_KEY:
+        for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
+            RadioOf(pNode)->GuiMsgHandler(lMsg, lP1, lP2, lP3, pData);
+        return DecorKey(*this, lP3);
+    case XGUIMSG_MOUSE:
+        for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
+            if (RadioOf(pNode)->GuiMsgHandler(lMsg, lP1, lP2, lP3, pData) == 1)
+            {
+                m_pCursor = RadioOf(pNode)->m_pCursor;
+                return 1;
+            }
+        TakeCursor(*this, &CWinCtrl::m_ulCursorDefault);
+        return DecorMouse(*this, lP1, lP2, lP3);
+    case XGUIMSG_RADIOSELECT:
+        for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
+            if (RadioOf(pNode)->m_lID != lP2)
+                RadioOf(pNode)->GuiMsgHandler(XGUIMSG_UNCHECKED, 0, 0, 0, nullptr);
+        return 1;
+    }
+    return 0;
+}
+
+xlong CGroupbox::Draw(xlong lX, xlong lY, xlong lPage)
+{
+    if (!CanDraw(*this, lPage))
+        return 0;
+    if (m_lState == XGUI_HIDDEN)
+        return 1;
+    const TPlace place = PlaceOf(*this, lX, lY);
+    const int nLook = LookOf(m_lState);
+    const TCntrlColor *const pColors = nLook < 0 ? nullptr : m_Look.m_pColors[nLook];
+    DrawFace(*this, place, pColors ? &pColors->crFace : nullptr);
+    const bool bExtruded = (m_lFlags & CNTRL_EXTRUDED) != 0;
+    if (bExtruded)
+        DrawBevel(*this, place, pColors, BEVEL_RAISED);
+    DrawLookBitmap(*this, place, nLook);
+    DrawControlText(*this, place.Inset(bExtruded ? m_Look.m_lBevel : 0), 0);
+    for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
+        RadioOf(pNode)->Draw(lX, lY, lPage);
+    return CControlBase::Draw(lX, lY, lPage);
+}
+
+xlong CGroupbox::Validate()
+{
+    for (xlong &lDone : m_lPageDone)
+    {
+        lDone = 0;
+        for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
+            RadioOf(pNode)->Validate();
+    }
+    return 1;
+}
+
+xlong CGroupbox::Validate(CRect *pArea, xlong lIndex)
+{
+    return CControlBase::Validate(pArea, lIndex);
+}
+
+void CGroupbox::ClearClipListIndex()
+{
+    CControlBase::ClearClipListIndex();
+    for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
+        RadioOf(pNode)->ClearClipListIndex();
+}
+
+xlong CGroupbox::GetSelected()
+{
+    for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
+        if (RadioOf(pNode)->GetState() == XGUI_CHECKED)
+            return RadioOf(pNode)->GetID();
+    return -1;
+}
+
+xlong CGroupbox::SetSelected(xlong lID)
+{
+    xlong lFound = 0;
+    for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
+    {
+        const bool bThis = RadioOf(pNode)->GetID() == lID;
+        RadioOf(pNode)->SetState(bThis ? XGUI_CHECKED : XGUI_UNCHECKED);
+        lFound |= bThis;
+    }
+    return lFound;
+}
+
+xlong CGroupbox::Create(xlong lID, char *pszText, xlong lX, xlong lY, xlong lWidth, xlong lHeight, xlong lFlags)
+{
+    BeginCreate(*this, lID, pszText, { lX, lY, lWidth, lHeight }, 0, lFlags, 2);
+    TakeColors(*this, &CWinCtrl::m_pDefFrameColors);
+    TakeCursor(*this, &CWinCtrl::m_ulCursorDefault);
+    return 1;
+}
+
+xlong CGroupbox::Add(CRadiobutton *pRadio)
+{
+    if (!m_Radios.InsertLast(pRadio))
+        return xError(XERR_MEMORY);
+    pRadio->SetParent(m_lWindowID, m_pWindow, this);
+    pRadio->SetPos(m_lX + pRadio->m_lX, m_lY + pRadio->m_lY);
+    if (m_Radios.GetNumNodes() == 1)
+        pRadio->SetState(XGUI_CHECKED);
+    return 1;
+}
+
+xlong CGroupbox::Remove(CRadiobutton *pRadio)
+{
+    if (pRadio->m_pGroup == this)
+        pRadio->m_pGroup = nullptr;
+    return m_Radios.DeleteItem(pRadio);
+}

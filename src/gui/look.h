@@ -1,0 +1,60 @@
+// What the controls share in drawing: one place for fills, bevels and texts.
+#pragma once
+
+#include "tarvix/control.h"
+#include "tarvix/screen.h"
+
+/// An area of the screen: corner and size in pixels.
+struct TPlace
+{
+    xlong lX;
+    xlong lY;
+    xlong lWidth;
+    xlong lHeight;
+
+    TPlace Inset(xlong lBy) const { return { lX + lBy, lY + lBy, lWidth - 2 * lBy, lHeight - 2 * lBy }; }
+};
+
+/// Where a control lies on the screen, given its window's position.
+inline TPlace PlaceOf(const CControlBase &control, xlong lX, xlong lY)
+{
+    return { lX + control.m_lX, lY + control.m_lY, control.m_lWidth, control.m_lHeight };
+}
+
+/// Place of a state in the arrays of a look; -1 when it has none.
+int LookOf(xlong lState);
+
+inline bool IsSeeThrough(const CControlBase &control)
+{
+    return (control.m_lFlags & (CNTRL_ALPHA | CNTRL_TRANSPARENT)) != 0;
+}
+
+/// False when a class's Draw has nothing to do: without a screen, and for a
+/// page that is marked as done.
+bool CanDraw(const CControlBase &control, xlong lPage);
+
+/// Fills with a face colour unless the control is see-through; null fills nothing.
+void DrawFace(const CControlBase &control, const TPlace &place, const TRGBA *pFace);
+/// Darkens what lies behind a control with CNTRL_ALPHA.
+void DrawAlpha(const CControlBase &control, const TPlace &place);
+
+enum
+{
+    BEVEL_RAISED,
+    BEVEL_SUNKEN, ///< the light comes from below
+};
+
+/// Draws m_lBevel lines inside the place, with corners; null colours draw nothing.
+void DrawBevel(const CControlBase &control, const TPlace &place, const TCntrlColor *pColors, int nBevel);
+/// As a raised bevel, with the border of CNTRL_BUTTONBORDER around the place.
+void DrawButtonBevel(const CControlBase &control, const TPlace &place, const TCntrlColor *pColors);
+/// Draws the bitmap of a state, if the flags ask for one.
+void DrawLookBitmap(CControlBase &control, const TPlace &place, int nLook);
+/// Draws the control's text into the place, clipped to it.
+/// @param lStyle  FONT_...
+void DrawControlText(const CControlBase &control, const TPlace &place, xlong lStyle);
+/// FONT_ style of the flags for centred text.
+xlong TextStyle(xlong lFlags);
+/// Face, bevel, bitmap and text as a button shows them, with a look of the
+/// arrays; -1 draws the text alone. The text moves by one pixel in a pressed look.
+void DrawButton(CControlBase &control, const TPlace &place, int nLook, bool bBorder);

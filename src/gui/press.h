@@ -1,0 +1,64 @@
+// What the controls share in answering mouse and keyboard.
+#pragma once
+
+#include "tarvix/control.h"
+
+/// What a key message does to a control.
+enum
+{
+    HOTKEY_NONE,
+    HOTKEY_DOWN, ///< m_lPressMode is 2 now
+    HOTKEY_UP    ///< the held key was let go; m_lPressMode is 0
+};
+
+/// Tests a key message for the control's hot key.
+int TakeHotKey(CControlBase &control, xparam lP3);
+/// True when the message is a key-down of the hot key.
+bool IsHotKeyDown(const CControlBase &control, xparam lP3);
+
+inline bool IsInside(const CRect &rcArea, xlong lX, xlong lY)
+{
+    return lX >= rcArea.m_lLeft && lX <= rcArea.m_lRight && lY >= rcArea.m_lTop && lY <= rcArea.m_lBottom;
+}
+
+/// The left button and no other.
+inline bool IsLeftOnly(xparam lButtons)
+{
+    return lButtons == 1;
+}
+
+/// Sends a message of the control through the manager.
+void Tell(CControlBase &control, xlong lMsg);
+
+/// True when the point lies on a pixel of the key colour of the released
+/// bitmap, or beside that bitmap. Known at 16 and 24 bits.
+/// @param lX  in the window, as lY
+bool IsOnKeyColour(const CControlBase &control, xlong lX, xlong lY);
+/// The flags make clicks on transparent pixels miss the control.
+/// @param lWanted  flags that have to be set for that
+bool IsSeeThroughButton(const CControlBase &control, xlong lWanted);
+
+/// How the buttons differ from each other.
+struct TPressRules
+{
+    xlong lSeeThroughFlags;   ///< with all of them set, transparent pixels miss the button
+    bool bHeldHighlights;     ///< the pointer highlights it with the button held too
+    bool bTellsHighlight;     ///< messages 3 and 19
+    bool bInactiveHighlights; ///< m_bHighlightIfInactive counts in an inactive window
+};
+
+/// The key message of a button.
+xlong ButtonKey(CControlBase &control, xparam lP3);
+/// The mouse message of a button.
+xlong ButtonMouse(CControlBase &control, const TPressRules &rules, xlong lX, xlong lY, xparam lButtons);
+
+/// The key message of controls that only look.
+xlong DecorKey(CControlBase &control, xparam lP3);
+/// Follows the press in a frame or box, without messages.
+/// @return 1 when the mouse message belongs to it
+xlong DecorMouse(CControlBase &control, xlong lX, xlong lY, xparam lButtons);
+
+/// True in a window that is not in front.
+bool IsWindowInactive(const CControlBase &control);
+/// A highlight that an inactive window does not show becomes XGUI_RELEASED.
+void DropInactiveHighlight(CControlBase &control);

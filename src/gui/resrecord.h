@@ -1,0 +1,80 @@
+// How resource data keeps and finds its records.
+#pragma once
+
+#include "resanim.h"
+#include "tarvix/error.h"
+#include "tarvix/globals.h"
+#include "tarvix/resdata.h"
+#include "tarvix/strings.h"
+
+/// The first record for which the test holds, or null. The list's cursor stays.
+template <class TRecord, class TTest>
+TRecord *FindRecord(const CLList &list, TTest test)
+{
+    for (const CNode *pNode = list.m_pFirst; pNode; pNode = pNode->pNext)
+        if (test((const TRecord *)pNode->pData))
+            return (TRecord *)pNode->pData;
+    return nullptr;
+}
+
+/// Without regard to case; null for no name.
+template <class TRecord>
+TRecord *FindName(const CLList &list, const char *pszName)
+{
+    if (!pszName)
+        return nullptr;
+    return FindRecord<TRecord>(list, [=](const TRecord *p) { return !xStricmp(p->szName, pszName); });
+}
+
+/// Whether an object is a member of one of the records.
+template <class TRecord, class TPart>
+bool OwnsPart(const CLList &list, const TPart *pPart, TPart TRecord::*pMember)
+{
+    return pPart && FindRecord<TRecord>(list, [=](const TRecord *p) { return &(p->*pMember) == pPart; });
+}
+
+inline const char *TextOf(const char *psz)
+{
+    return psz ? psz : "";
+}
+
+/// For reports: the system's buffer takes the text.
+template <class... TArguments>
+xlong Refuse(const char *pszFormat, TArguments... arguments)
+{
+    return glb->m_Error.SetErrorf(pszFormat, arguments...);
+}
+
+/// Copies a name that is known to fit.
+template <size_t SIZE>
+void TakeName(char (&szName)[SIZE], const char *pszName)
+{
+    snprintf(szName, SIZE, "%s", pszName);
+}
+
+/// A record that is deleted at the end unless a list has taken it.
+template <class TRecord>
+class CNewRecord
+{
+public:
+    explicit CNewRecord(TRecord *p) : m_p(p) {}
+    CNewRecord(const CNewRecord &) = delete;
+    CNewRecord &operator=(const CNewRecord &) = delete;
+    ~CNewRecord() { XDELETE(m_p); }
+
+    TRecord *operator->() const { return m_p; }
+    TRecord *Get() const { return m_p; }
+    explicit operator bool() const { return m_p != nullptr; }
+
+    /// @return 1; 0 with XERR_MEMORY
+    xlong GiveTo(CLList &list)
+    {
+        if (!list.InsertLast(m_p))
+            return xError(XERR_MEMORY);
+        m_p = nullptr;
+        return 1;
+    }
+
+private:
+    TRecord *m_p;
+};

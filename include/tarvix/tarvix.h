@@ -12,6 +12,7 @@
 #include "tarvix/cachedlog.h"
 #include "tarvix/checkbox.h"
 #include "tarvix/control.h"
+#include "tarvix/dialog.h"
 #include "tarvix/dibscreen.h"
 #include "tarvix/error.h"
 #include "tarvix/file.h"

@@ -50,6 +50,8 @@ public:
     /// Takes out the first window of that id.
     /// @return 0 when there is none
     xlong RemoveWindow(xlong lID);
+    /// Takes out that very window, whatever ids there are.
+    xlong TakeWindow(CWindowBase *pWindow);
     xlong RemoveAll();
     /// @return the window at the list's cursor, or null
     CWindowBase *GetWindow();
@@ -117,6 +119,7 @@ private:
     xlong KeyStep();
     bool OfferMouse(xlong lX, xlong lY, signed char cButtons);
     xlong ToFront(xlong lID);
+    xlong RemoveCurrent();
     void Activate(xlong lActiveID);
     void DeactivateAll();
 };

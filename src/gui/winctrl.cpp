@@ -1,6 +1,7 @@
 #include "tarvix/winctrl.h"
 
 #include "base/msgsys.h"
+#include "gui/cursors.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
@@ -240,27 +241,22 @@ xlong CWinCtrl::AddWindow(CWindowBase *pWindow, TGuiCallback pfnCallback, void *
 
 xlong CWinCtrl::RemoveWindow(xlong lID)
 {
-    if (!FindNode(m_Windows, lID))
-        return 0;
-    TWinEntry *const pEntry = (TWinEntry *)m_Windows.Get();
-    const CRect &rcArea = pEntry->pWindow->m_rArea;
-    if (glb->m_pScreen)
-        glb->m_pScreen->AddClearAreaGui(rcArea.m_lLeft, rcArea.m_lTop, rcArea.m_lRight, rcArea.m_lBottom);
-    const short sResult = m_Windows.Delete();
-    XDELETE(pEntry);
-    for (const CNode *pNode = m_Windows.m_pFirst; pNode; pNode = pNode->pNext)
-        if (!(WindowOf(pNode)->m_lFlags & (XWIN_ZORDER | XWIN_ZORDERFIRST)))
-        {
-            ToFront(WindowOf(pNode)->m_lID);
-            break;
-        }
-    return sResult;
+    return FindNode(m_Windows, lID) ? RemoveCurrent() : 0;
+}
+
+xlong CWinCtrl::TakeWindow(CWindowBase *pWindow)
+{
+    for (m_Windows.First(); m_Windows.Exists(); m_Windows.Next())
+        if (Current(m_Windows) == pWindow)
+            return RemoveCurrent();
+    return 0;
 }
 
 xlong CWinCtrl::RemoveAll()
 {
     for (m_Windows.First(); m_Windows.Exists(); m_Windows.Next())
         XDELETE((TWinEntry *)m_Windows.Get());
+    EndWalksOn(m_Windows, nullptr);
     m_Windows.KillAll();
     return 1;
 }
@@ -533,6 +529,24 @@ xlong CWinCtrl::ToFront(xlong lID)
     OrderModal(m_Windows);
     Activate(lID);
     return 1;
+}
+
+xlong CWinCtrl::RemoveCurrent()
+{
+    TWinEntry *const pEntry = (TWinEntry *)m_Windows.Get();
+    const CRect &rcArea = pEntry->pWindow->m_rArea;
+    if (glb->m_pScreen)
+        glb->m_pScreen->AddClearAreaGui(rcArea.m_lLeft, rcArea.m_lTop, rcArea.m_lRight, rcArea.m_lBottom);
+    EndWalksOn(m_Windows, m_Windows.m_pCurr);
+    const short sResult = m_Windows.Delete();
+    XDELETE(pEntry);
+    for (const CNode *pNode = m_Windows.m_pFirst; pNode; pNode = pNode->pNext)
+        if (!(WindowOf(pNode)->m_lFlags & (XWIN_ZORDER | XWIN_ZORDERFIRST)))
+        {
+            ToFront(WindowOf(pNode)->m_lID);
+            break;
+        }
+    return sResult;
 }
 
 // Tells all windows which one is active now.

@@ -1,5 +1,6 @@
 #include "tarvix/window.h"
 
+#include "gui/cursors.h"
 #include "gui/press.h"
 #include "tarvix/button.h"
 #include "tarvix/control.h"
@@ -78,6 +79,8 @@ xlong CWindowBase::HideWindow()
 
 CWindowBase::~CWindowBase()
 {
+    if (glb && glb->m_pWinCtrl)
+        glb->m_pWinCtrl->TakeWindow(this);
     CWindowBase::Destroy();
 }
 
@@ -229,13 +232,17 @@ xlong CWindowBase::RemoveCntrl(CControlBase *pCntrl)
         m_pFocus = nullptr;
     if (m_pMouseCntrl == pCntrl)
         m_pMouseCntrl = nullptr;
-    return m_Cntrls.DeleteItem(pCntrl);
+    if (!m_Cntrls.ItemExists(pCntrl))
+        return 0;
+    EndWalksOn(m_Cntrls, m_Cntrls.m_pCurr);
+    return m_Cntrls.Delete();
 }
 
 xlong CWindowBase::RemoveAllCntrl()
 {
     m_pFocus = nullptr;
     m_pMouseCntrl = nullptr;
+    EndWalksOn(m_Cntrls, nullptr);
     m_Cntrls.KillAll();
     return 1;
 }

@@ -81,6 +81,8 @@ xlong CRadiobutton::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, 
         if (!IsHotKeyDown(*this, lP3))
             return 0;
         Select(*this);
+        // The mouse message that would show it can end at another radio button.
+        Invalidate();
         return 1;
     case XGUIMSG_MOUSE:
         break;

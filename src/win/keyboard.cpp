@@ -1,6 +1,7 @@
 #include "tarvix/keyboard.h"
 
 #include "tarvix/globals.h"
+#include "tarvix/winctrl.h"
 
 namespace
 {
@@ -170,6 +171,22 @@ short ModifierFlags()
     }
     return sFlags;
 }
+
+// The key's release has the same character and pastes once more.
+void Paste()
+{
+    if (!IsClipboardFormatAvailable(CF_TEXT) || !OpenClipboard(sglb->m_hWnd))
+        return;
+    const HANDLE hText = GetClipboardData(CF_TEXT);
+    char *pszText = hText ? (char *)GlobalLock(hText) : nullptr;
+    if (pszText)
+    {
+        if (glb->m_pWinCtrl)
+            glb->m_pWinCtrl->SendMessageA(XGUIMSG_PASTE, 0, 0, 0, pszText);
+        GlobalUnlock(hText);
+    }
+    CloseClipboard();
+}
 } // namespace
 
 CKeyboard::CKeyboard()
@@ -198,6 +215,8 @@ void CKeyboard::AddKeyToQueue(unsigned short usKey, short sDown, short sWithModi
     m_aQueue[m_sQueueWrite].usKey = usKey;
     m_aQueue[m_sQueueWrite].lFlags = (unsigned short)sFlags;
     m_sQueueWrite = sNext;
+    if (usKey == s_usPaste)
+        Paste();
 }
 
 void CKeyboard::SetKeyState(unsigned short usKey, short sDown)

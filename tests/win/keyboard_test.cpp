@@ -4,6 +4,8 @@
 #include "heap.h"
 #include "screensupport.h"
 #include "slots.h"
+#include "tarvix/winctrl.h"
+#include "tarvix/window.h"
 
 #include <map>
 #include <set>
@@ -346,6 +348,44 @@ TEST_F(CKeyboardFaceTest, ModifiersAsInThePlainModel)
                 ASSERT_EQ(model.Poll(nKey), Keyboard().IsPressed((unsigned short)nKey)) << nKey << " at event " << i;
         model.m_Events.clear();
     }
+}
+
+namespace
+{
+std::vector<std::string> s_Pasted;
+
+void KeepPaste(xlong lMsg, xlong lWindowID, xlong lCntrlID, xparam lP3, void *pUser)
+{
+    if (lMsg == XGUIMSG_PASTE)
+        s_Pasted.push_back(std::to_string(lCntrlID + lP3) + " " + (const char *)pUser);
+}
+} // namespace
+
+TEST_F(CKeyboardFaceTest, Character22PastesTheClipboard)
+{
+    CWindow window;
+    ASSERT_EQ(1, window.CWindowBase::Create(0, 0, 0, 100, 100, 0));
+    ASSERT_EQ(1, glb->m_pWinCtrl->AddWindow(&window, KeepPaste, nullptr));
+    window.m_bActive = 0; // so that the callback hears of it
+    s_Pasted.clear();
+    Press('V', true, 22);
+    EXPECT_TRUE(s_Pasted.empty()) << "there is nothing to paste";
+    Press('V', false);
+    FaceSetClipboard("B\xC3\xA4r\n");
+    Press('V', true, 22);
+    EXPECT_EQ(std::vector<std::string>{ "0 B\xE4r\r\n" }, s_Pasted);
+    Press('V', false);
+    EXPECT_EQ(2u, s_Pasted.size()) << "the release has the character too";
+    EXPECT_TRUE(OpenClipboard(nullptr)) << "it was closed";
+    CloseClipboard();
+    FaceFailClipboard(true);
+    Press('V', true, 22);
+    EXPECT_EQ(2u, s_Pasted.size());
+    FaceFailClipboard(false);
+    for (int i = 0; i < 130; ++i)
+        Keyboard().AddKeyToQueue(22, 1, 0);
+    EXPECT_EQ(2u + 127, s_Pasted.size()) << "what the queue drops is not pasted";
+    glb->m_pWinCtrl->RemoveWindow(0);
 }
 
 TEST_F(CKeyboardFaceTest, LooksBeforeTakingAndWithoutAKeyboard)

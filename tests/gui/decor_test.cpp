@@ -108,8 +108,7 @@ class CTitlebarTest : public CDecorTest
 protected:
     CTitlebarTest()
     {
-        m_Window.Create(1, m_szText, 100, 100, 200, 100,
-                        XWIN_TITLEBAR | XWIN_FRAME | XWIN_CLOSE | XWIN_DRAG);
+        m_Window.Create(1, m_szText, 100, 100, 200, 100, XWIN_TITLEBAR | XWIN_FRAME | XWIN_CLOSE | XWIN_DRAG);
         Show(m_Window);
     }
 
@@ -243,7 +242,8 @@ TEST_F(CDecorTest, LinksOpenTheirAddress)
         ASSERT_EQ(1, link.Create(9, m_szText, c.pszURL, 0, 0, 100, 20, 'u', 0));
         window.AddCntrl(&link);
         Show(window);
-        const auto Opened = [&] {
+        const auto Opened = [&]
+        {
             for (int n = 0; n < 200 && !std::filesystem::exists("opened"); ++n)
                 std::this_thread::sleep_for(std::chrono::milliseconds(10));
             return ReadFile("opened");

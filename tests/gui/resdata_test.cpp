@@ -247,10 +247,10 @@ TEST_F(CResDataTest, FlagAndKeyWordsHaveTheirValues)
                   { "ANIM_ONCE", 1 },
                   { "ANIM_LOOP", 2 },
                   { "ANIM_PINGPONG", 4 } },
-      keys[] = { { "XKEY_BSPACE", 8 },      { "XKEY_TAB", 9 },        { "XKEY_ENTER", 13 },  { "XKEY_ESC", 27 },
-                 { "XKEY_SPACE", 32 },      { "XKEY_MULTIPLY", 42 },  { "XKEY_DIVIDE", 47 }, { "XKEY_0", '0' },
-                 { "XKEY_9", '9' },         { "XKEY_Z", 'Z' },        { "XKEY_TILDE", 115 }, { "XKEY_INSERT", 256 },
-                 { "XKEY_NPDECIMAL", 284 }, { "XKEY_NP0", 285 },      { "XKEY_NP9", 294 },   { "XKEY_PRINTSCR", 295 },
+      keys[] = { { "XKEY_BSPACE", 8 },      { "XKEY_TAB", 9 },       { "XKEY_ENTER", 13 },  { "XKEY_ESC", 27 },
+                 { "XKEY_SPACE", 32 },      { "XKEY_MULTIPLY", 42 }, { "XKEY_DIVIDE", 47 }, { "XKEY_0", '0' },
+                 { "XKEY_9", '9' },         { "XKEY_Z", 'Z' },       { "XKEY_TILDE", 115 }, { "XKEY_INSERT", 256 },
+                 { "XKEY_NPDECIMAL", 284 }, { "XKEY_NP0", 285 },     { "XKEY_NP9", 294 },   { "XKEY_PRINTSCR", 295 },
                  { "XKEY_CAPSLOCK", 298 },  { "XKEY_F24", 322 } };
     CResData res;
     for (const auto &c : flags)
@@ -308,7 +308,8 @@ TEST_F(CResDataTest, FaultsAreReportedAndTheOtherSectionsRead)
         { "Bitmaps", "{\n}", "fname is invalid" },
         { "Bitmaps", "{ = pic.bmp\nA = 0, 0, 1\n}", strFields },
         { "Bitmaps", "{ = pic.bmp\nA = 0, 0, 1, -7\n}", strFields },
-        { "Bitmaps", "{ = pic.bmp\n" + strLong + " = 0, 0, 1, 1\n}", "Bitmap define name to big : \"" + strLong + "\"" },
+        { "Bitmaps", "{ = pic.bmp\n" + strLong + " = 0, 0, 1, 1\n}",
+          "Bitmap define name to big : \"" + strLong + "\"" },
         { "Animations", strLong + " = pic.bmp", "Bitmap define name to big : \"" + strLong + "\"" },
         { "Animations", "A", "fname is invalid" },
         { "Animations", "A = pic.bmp, 1, 0, 0, 2, 2, 2, 2", strAnimFields },
@@ -318,10 +319,12 @@ TEST_F(CResDataTest, FaultsAreReportedAndTheOtherSectionsRead)
         { "Animations", "A = pic.bmp, 1, 0, 0, -2, 2, 1, 1, 0", "Failed to create the \"A\" animation" },
         { "Animations", "A = pic.bmp, 1, 0, 0, 1, 1, 65537, 1, 0", "Failed to create the \"A\" animation" },
         { "Animations", "A = pic.bmp, 1, 0, 0, 8192, 4096, 3, 1, 0", "Failed to create the \"A\" animation" },
-        { "Animations", "A = pic.bmp, 1, 0, 0, 2147483647, 2147483647, 1, 1, 0", "Failed to create the \"A\" animation" },
+        { "Animations", "A = pic.bmp, 1, 0, 0, 2147483647, 2147483647, 1, 1, 0",
+          "Failed to create the \"A\" animation" },
         { "Colors", strLong + " = red", "Color define name to big : \"" + strLong + "\"" },
         { "Colors", "A = red, mauve", "Unable to find the specified color (\"mauve\")" },
-        { "Colors", "A = red ; a note is a string too", "Unable to find the specified color (\"; a note is a string too\")" },
+        { "Colors", "A = red ; a note is a string too",
+          "Unable to find the specified color (\"; a note is a string too\")" },
         { "Colors", "A = 1 2 3 4", "Unable to get the default arrow down bitmaps" }, // without quotes
         { "Defaults", "Font = A", "Unable to get the default font" },
         { "Defaults", "Caret", "Unable to get the default caret bitmap" },
@@ -355,7 +358,8 @@ TEST_F(CResDataTest, FaultsAreReportedAndTheOtherSectionsRead)
     }
     // The report of a name without an end is cut or replaced, never overrun.
     CResData res;
-    EXPECT_EQ(1, res.Import(("{ = Defines\n" + strEndless + " = 1\n}\n{ = Strings\nOK = 1, " + strEndless + "\n}\n").c_str()));
+    EXPECT_EQ(1, res.Import(
+                     ("{ = Defines\n" + strEndless + " = 1\n}\n{ = Strings\nOK = 1, " + strEndless + "\n}\n").c_str()));
     EXPECT_EQ(strEndless, res.GetResString(1));
 }
 
@@ -375,7 +379,8 @@ TEST_F(CResDataTest, FormsOfFiles)
         { "Packed", strGood, nullptr },
         { "Empty", "", "CResData::Load: The file specified is not a valid res file." },
         { "EightBytes", "; script", "CResData::Load: The file specified is not a valid res file." },
-        { "Other", "; scripz\n{ = Values\nA = 1, 5\n}\n", "CResData::Load: The file specified is not a valid res file." },
+        { "Other", "; scripz\n{ = Values\nA = 1, 5\n}\n",
+          "CResData::Load: The file specified is not a valid res file." },
         { "TwelveBytes", "PRES12345678", "CResData::Load: The file specified is not a valid res file." },
         { "LowerCase", "pres" + strGood.substr(4), "CResData::Load: The file specified is not a valid res file." },
         { "OneByteMore", strGood + "x",
@@ -405,7 +410,8 @@ TEST_F(CResDataTest, FormsOfFiles)
     // Cut off and changed at every byte: loads or is refused, and that is all.
     WriteFile("script.rc", s_szWhole);
     for (size_t ul = 0; ul < strGood.size(); ++ul)
-        for (const std::string &str : { strGood.substr(0, ul), strGood.substr(0, ul) + "\xff" + strGood.substr(ul + 1) })
+        for (const std::string &str :
+             { strGood.substr(0, ul), strGood.substr(0, ul) + "\xff" + strGood.substr(ul + 1) })
         {
             WriteFile("form.rc", str);
             CResData damaged;
@@ -453,7 +459,8 @@ TEST_F(CResDataTest, LoadsAgainAndWithoutSomeSections)
 TEST_F(CResDataTest, DefaultsAreSetAndGoWithTheirOwner)
 {
     CWinCtrl &manager = *glb->m_pWinCtrl;
-    const TCntrlColor *const pOwnFrame = manager.m_pDefFrameColors[2], *const pOwnTitle = manager.m_pDefTitlebarColors[1];
+    const TCntrlColor *const pOwnFrame = manager.m_pDefFrameColors[2], *const pOwnTitle =
+                                                                           manager.m_pDefTitlebarColors[1];
     CBitmap mine;
     CResData res, other;
     ASSERT_EQ(1, other.Import("{ = Bitmaps\nB = pic.bmp, 0, 0, 1, 1\n}\n{ = Defaults\nCheck = B\n}\n"));

@@ -171,8 +171,10 @@ TEST_F(CResPictureTest, FramesLieRowByRow)
 TEST_F(CResPictureTest, AnimationsOfScripts)
 {
     CResData res;
-    ASSERT_EQ(1, res.Import("{ = Animations\nSpin = pic.bmp, 80, 7, 7, 2, 3, 5, 3, 0\nLine = pic.bmp, 0, 0, 0, 1, 1, 8, 0, 1\n}\n"
-                            "{ = Data\nA = spin, Line\n}\n"));
+    ASSERT_EQ(1,
+              res.Import(
+                  "{ = Animations\nSpin = pic.bmp, 80, 7, 7, 2, 3, 5, 3, 0\nLine = pic.bmp, 0, 0, 0, 1, 1, 8, 0, 1\n}\n"
+                  "{ = Data\nA = spin, Line\n}\n"));
     EXPECT_EQ("", LastError());
     GoTo(res, "A");
     const TCntrlAnim *const pSpin = res.GetAnim(0), *const pLine = res.GetAnim(1);

@@ -260,12 +260,10 @@ TEST_F(CWinCtrlTest, PiecewiseRedrawEqualsTheWholePicture)
                    (size_t)Screen()->m_pPersistent->m_lPitch);
         Screen()->AddClearAreaPersistent(0, 0, 639, 479);
         const xlong flags[] = { XWIN_FRAME | XWIN_ALPHA | XWIN_TITLEBAR,
-                                XWIN_FRAME | XWIN_TITLEBAR | XWIN_BORDER | XWIN_CLOSE | XWIN_DRAG,
-                                XWIN_TITLEBAR,
-                                XWIN_FRAME | XWIN_BORDER,
-                                0 };
-        const xlong lControlFlags[] = { CNTRL_ALPHA, CNTRL_EXTRUDED, CNTRL_TRANSPARENT, CNTRL_EXTRUDED | CNTRL_BUTTONBORDER,
-                                        CNTRL_TRANSPARENT | CNTRL_EXTRUDED };
+                                XWIN_FRAME | XWIN_TITLEBAR | XWIN_BORDER | XWIN_CLOSE | XWIN_DRAG, XWIN_TITLEBAR,
+                                XWIN_FRAME | XWIN_BORDER, 0 };
+        const xlong lControlFlags[] = { CNTRL_ALPHA, CNTRL_EXTRUDED, CNTRL_TRANSPARENT,
+                                        CNTRL_EXTRUDED | CNTRL_BUTTONBORDER, CNTRL_TRANSPARENT | CNTRL_EXTRUDED };
         CStatic statics[5];
         char szText[] = "words to show";
         CWindow windows[5];

@@ -186,7 +186,10 @@ TEST_F(CWindowTest, PastesOneLineOfPlainText)
         { "Plain", "abc", CNTRL_TABSTOP, "abc" },
         { "Cut", "abcdefghij", CNTRL_TABSTOP, "abcdefg" },
         { "LineEnd", "ab\r\ncd", CNTRL_TABSTOP | CNTRL_MULTILINE, "old" },
-        { "Accent", "\xe4" "bc", CNTRL_TABSTOP, "old" },
+        { "Accent",
+          "\xe4"
+          "bc",
+          CNTRL_TABSTOP, "old" },
         { "ReadOnly", "abc", CNTRL_TABSTOP | CNTRL_READONLY, "old" },
         { "NoTabStop", "abc", 0, "old" },
         { "Nothing", nullptr, CNTRL_TABSTOP, "old" },

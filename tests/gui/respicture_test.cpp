@@ -43,7 +43,6 @@ TEST_F(CResPictureTest, ComeInTheFormatOfTheScreen)
                                 "A = pic.bmp, 1, 2, 3, 2\n{ = pal.bmp\nB = 1, 2, 3, 2\n}\n}\n"
                                 "{ = Animations\nS = pic.bmp, 5, 0, 0, 2, 2, 2, 0, 0\n}\n"
                                 "{ = Data\nAnim = S\n}\n"));
-        EXPECT_EQ("", LastError());
         for (const char *pszName : { "A", "B" })
         {
             EXPECT_EQ(lDepth, res.GetBm(pszName)->m_lDepth);
@@ -71,7 +70,6 @@ TEST_F(CResPictureTest, NamesOfFilesAreThoseOfTheOtherSystemToo)
                                "{ = Bitmaps\nB = Gfx\\in\\PICTURE.bmp, 0, 0, 2, 2\n}\n");
     CResData res;
     ASSERT_EQ(1, res.Load("GFX\\Script.RC")) << LastError();
-    EXPECT_EQ("", LastError());
     EXPECT_NE(nullptr, res.GetFont("F"));
     EXPECT_NE(nullptr, res.GetBm("B"));
     EXPECT_STREQ("Colours", Screen()->GetPalette()->m_pszName) << "behind the last slash, before the first dot";
@@ -80,6 +78,7 @@ TEST_F(CResPictureTest, NamesOfFilesAreThoseOfTheOtherSystemToo)
 TEST_F(CResPictureTest, OneFileIsReadOnceForBitmapsInARow)
 {
     CCountingPic type;
+    ASSERT_EQ(1, glb->m_pPicTypeList->Register(&type));
     CResData res;
     ASSERT_EQ(1, res.Import("{ = Bitmaps\nA = a.count, 0, 0, 2, 2\nB = a.count, 1, 1, 2, 2\nC = a.count, 0, 0, -1, -1\n"
                             "D = a.count, 2, 2, 1, 1\nE = b.count, 0, 0, 2, 2\nF = a.count, 0, 0, 2, 2\n"
@@ -90,6 +89,7 @@ TEST_F(CResPictureTest, OneFileIsReadOnceForBitmapsInARow)
     // Not beyond the section.
     ASSERT_EQ(1, res.Import("{ = Bitmaps\nA = c.count, 0, 0, 2, 2\n}\n"));
     EXPECT_EQ("a.count a.count b.count a.count c.count c.count ", type.m_strLoads);
+    glb->m_pPicTypeList->Unregister(&type);
 }
 
 TEST_F(CResPictureTest, BitmapsThatFailKeepThoseBefore)

@@ -5,7 +5,9 @@
 #include "tarvix/archive.h"
 #include "tarvix/base64.h"
 #include "tarvix/bitmap.h"
+#include "tarvix/font.h"
 #include "tarvix/kcbl.h"
+#include "tarvix/lzss.h"
 #include "tarvix/pictype.h"
 #include "tarvix/rle.h"
 #include "tarvix/system.h"
@@ -196,6 +198,99 @@ void MakeKcblSeeds(const std::filesystem::path &folder)
     Write(folder / "forms.txt", "a, b = c ; d\r\nk = {1, {2}} ; e\n\"x\", ; f\n y\n} z\n{\n  [ = ASCIIDATA\n q\n  ]\n");
 }
 
+// With every section, for the files that the fuzzers make.
+const char s_szResources[] = R"(; script
+{ = Defines
+    IDW = 5 ; note
+    IDC = 6
+}
+{ = Strings
+    S = 1, "a text"
+}
+{ = Values
+    V = 1, -2
+}
+{ = Palette
+    P = q.bmp
+}
+{ = Fonts
+    F = f.xbf
+}
+{ = Bitmaps
+    B = p.bmp, 1, 2, 3, 4
+    C = p.bmp, 0, 0, -1, -1
+    { = q.bmp
+        D = -1, 0, 9, 9
+    }
+}
+{ = Animations
+    A = p.bmp, 20, 0, 0, 2, 3, 5, 3, 1
+}
+{ = Colors
+    R = "1 2 3 4", red, white, "9,9,,9 9", blue, grey, green, black
+}
+{ = Defaults
+    Font = F
+    Caret = B
+    Close = B, C, D, B
+    Frame = R, R, R, R
+}
+{ = Window, IDW
+    Create = T, 1, 2, 3, 4, XWIN_FRAME|XWIN_TITLEBAR
+    { = Button, IDC
+        Create = "", 0, 0, 9, 9, XKEY_A, 0
+        TextColor = "1 2 3 4"
+    }
+}
+{ = Data
+    X = R, F, A, B, S, IDC, "CNTRL_ALPHA CNTRL_TILED"
+}
+)";
+
+void MakeResdataSeeds(const std::filesystem::path &folder)
+{
+    Write(folder / "all.rc", s_szResources);
+    Write(folder / "faults.rc", "{ = Bitmaps\nB = p.bmp, 0, 0, -2, 0\n{ = none\n}\n}\n{ = Animations\nA = p.bmp, 1\n}\n"
+                                "{ = Colors\nR = mauve\n}\n{ = Defaults\nFont = F\n}\n");
+}
+
+void MakePresSeeds(const std::filesystem::path &folder)
+{
+    CLzss lzss;
+    for (const size_t ulLen : { sizeof(s_szResources) - 1, (size_t)60 })
+    {
+        xulong ulPacked = (xulong)ulLen;
+        char *const pPacked = lzss.CompressBuffer(s_szResources, &ulPacked);
+        // The length is put in by the fuzzer.
+        Write(folder / std::to_string(ulLen),
+              std::string("\2PRES\0\0\0\0\0\0\0\0", 13) + std::string(pPacked, ulPacked));
+        xFreeMem(pPacked, nullptr, 0);
+    }
+}
+
+void MakeXbfSeeds(const std::filesystem::path &folder)
+{
+    CBMPPic type;
+    CBitmap letters;
+    CPalette palette;
+    TCharData chars[96];
+    for (int n = 0; n < 95; ++n)
+        chars[n] = { (short)(n % 32 * 2), (short)(n / 32 * 3), 2 };
+    chars[95] = { 0, 0, -1 };
+    letters.CreateIndex(64, 9, 8, &palette, 0);
+    for (xlong l = 0; l < letters.m_lPitch * 9; ++l)
+        letters.m_pData[l] = (unsigned char)l;
+    CFont font;
+    font.SetFont(&letters, chars, ' ', 3, 1);
+    font.SetCtrlCode(1, FONT_RIGHT);
+    font.SetBasic(2, FONT_DOWN, 9);
+    font.Save((folder / "letters.xbf").string().c_str(), 0);
+    // Cells that lie outside the picture.
+    for (CFont::TChar &c : font.m_Chars)
+        c = { (short)(c.sX - 30), (short)(c.sY + 5), 300, c.ucType, c.ucValue };
+    font.Save((folder / "wild.xbf").string().c_str(), 0);
+}
+
 const struct
 {
     const char *pszName;
@@ -203,8 +298,9 @@ const struct
 } s_Makers[] = {
     { "archive", MakeArchiveSeeds }, { "base64", MakeBase64Seeds }, { "bmp", MakeBmpSeeds },
     { "debug", MakeDebugSeeds },     { "jpeg", MakeJpegSeeds },     { "kcbl", MakeKcblSeeds },
-    { "lzss", MakeLzssSeeds },       { "pal", MakePalSeeds },       { "rle", MakeRleSeeds },
-    { "uu", MakeUuSeeds },           { "xiff", MakeXiffSeeds },
+    { "lzss", MakeLzssSeeds },       { "pal", MakePalSeeds },       { "pres", MakePresSeeds },
+    { "resdata", MakeResdataSeeds }, { "rle", MakeRleSeeds },       { "uu", MakeUuSeeds },
+    { "xbf", MakeXbfSeeds },         { "xiff", MakeXiffSeeds },
 };
 } // namespace
 

@@ -141,7 +141,7 @@ make_scripts() { # COUNT
 check_kcbl() {
     local file
     check_help kcbl
-    printf '; script\nTitle = "Hi, you", 3   ; note\nSizes = { 1, 2}, YES\n{ = Panel, main\n    Width = 640 ; px\n}\n' >good.txt
+    printf '; sample\nTitle = "Hi, you", 3   ; note\nSizes = { 1, 2}, YES\n{ = Panel, main\n    Width = 640 ; px\n}\n' >good.txt
     printf 'a\r\n{ = x\r\n  b = "cut\r\n  c = 1}, 2\r\n}\r\n}\r\nd = \001\r\n{ = open\r\n' >bad.txt
     expect 0 kcbl check good.txt
     expect 1 kcbl check good.txt bad.txt
@@ -161,14 +161,14 @@ check_kcbl() {
     done
     expect 1 kcbl get bad.txt a
     expect 0 kcbl json good.txt
-    [ "$(tr -d ' \r\n' <out)" = '[{"keyword":";script"},{"keyword":"Title","strings":["Hi,you","3"],"comment":";note"},{"keyword":"Sizes","strings":[["1","2"],"YES"]},{"keyword":"{","strings":["Panel","main"],"items":[{"keyword":"Width","strings":["640"],"comment":";px"}]}]' ] ||
+    [ "$(tr -d ' \r\n' <out)" = '[{"keyword":";sample"},{"keyword":"Title","strings":["Hi,you","3"],"comment":";note"},{"keyword":"Sizes","strings":[["1","2"],"YES"]},{"keyword":"{","strings":["Panel","main"],"items":[{"keyword":"Width","strings":["640"],"comment":";px"}]}]' ] ||
         fail "kcbl json: $(cat out)"
 
     cp good.txt mine.txt
     expect 1 kcbl fmt --check mine.txt
     cmp good.txt mine.txt || fail "kcbl fmt --check wrote"
     expect 0 kcbl fmt mine.txt
-    printf '; script\nTitle = "Hi, you", 3\t\t; note\nSizes = { 1, 2}, YES\n{ = Panel, main\n    Width = 640\t\t; px\n}\n' |
+    printf '; sample\nTitle = "Hi, you", 3\t\t; note\nSizes = { 1, 2}, YES\n{ = Panel, main\n    Width = 640\t\t; px\n}\n' |
         cmp - mine.txt || fail "kcbl fmt writes something else"
     cp bad.txt kept.txt
     expect 1 kcbl fmt kept.txt
@@ -234,6 +234,264 @@ check_xbfmake() {
     for bad in "--size 3" "--size x" "--size 8 --range 70-65" "--size 8 --range 1,300" "--size 8 --bold" "--size" "--size 8 more"; do
         expect 2 xbfmake tiny.bdf kept.xbf $bad
     done
+}
+
+# A resource script with every word, and one with a fault on most lines.
+make_resources() {
+    mkdir -p res/gfx
+    printf 'BM' >res/gfx/pic.bmp
+    printf 'XIFF' >res/font.xbf
+    cat >res/good.rc <<'T'
+; script of the tool's check
+{ = Defines ; names
+    W = 1, ; a note that is dropped
+        "more"
+    A = 2
+    B = 3
+}
+{ = Strings
+    S = 1, "text"
+}
+{ = values
+    V = 1, -2
+}
+{ = Palette
+    P = Gfx\\PIC.bmp
+}
+{ = Fonts
+    F = font.xbf
+}
+{ = Bitmaps
+    X = gfx/pic.bmp, 0, 0, -1, -1
+    { = gfx/pic.bmp
+        Y = 1, 1, 2, 2 ; note
+    }
+}
+{ = Animations
+    M = gfx/pic.bmp, 20, 0, 0, 2, 2, 4, 0, 1
+}
+{ = Colors
+    R = red, "1 2 3 4", "1,2,3,4", white, black, grey, blue, green
+    T = R
+}
+{ = Defaults
+    Font = F
+    Caret = X
+    Check = Y
+    Close = X, Y, X, Y
+    Drop = X, X, X, X
+    ArrowUp = X, X, X, X
+    ArrowDown = X, X, X, X
+    Titlebar = R, R, R, R
+    Frame = R, R, R, R
+    Button = R, R, R, R
+    Static = R, R, R, R
+}
+{ = Data
+    anything = goes
+}
+{ = Window, W
+    Create = "A title", 0, 0, 100, 100, XWIN_TITLEBAR|XWIN_FRAME
+    TitlebarFlags = CNTRL_HASBITMAP
+    TitlebarBitmap = X, X, X, X
+    FrameFlags = "CNTRL_TILED | CNTRL_HASBITMAP"
+    FrameBitmap = X, X, X, X
+    Colors = R, R, R, R
+    CreateStatic = A, "text", 0, 0, 9, 9, 0
+    { = Static, A
+        Create = "", 1, 2, 3, 4, 0
+        Bitmap = X, X, X, X
+        AnimBitmap = M, XGUI_RELEASED, ANIM_LOOP
+        AnimBitmap = M, XGUI_PRESSED, ANIM_ONCE
+        AnimLine = XGUI_RELEASED, one, 10, 20, M, 0, 0, Two, End
+        AnimLine = XGUI_RELEASED, two, 10, 20, None, 0, 0, One
+        TextBufferSize = 80
+        Font = F
+        TextColor = "255 0 0 0"
+        Colors = R, R, R, R
+        Alpha = 50
+    }
+    { = Button, A
+        Create = OK, 0, 0, 9, 9, XKEY_ENTER, CNTRL_TABSTOP
+    }
+    { = Progress, A
+        Create = 0, 0, 9, 9, 0
+    }
+    { = Timeout, A
+        Create = 0, 0, 9, 9, 5, 5, 4, 0
+    }
+    { = Slider, A
+        Create = 0, 0, 9, 9, 0, 100, 5, 10, CNTRL_HSLIDER
+        { = Up
+            Flags = CNTRL_EXTRUDED
+            Bitmap = X, X, X, X
+        }
+        { = Down
+        }
+        { = Drag
+            Alpha = 3
+        }
+    }
+    { = Groupbox, A
+        Create = Group, 0, 0, 9, 9, 0
+        { = Radio, B
+            Create = one, 0, 0, 9, 9, 5, NULL, 0
+            { = Caption
+                Flags = CNTRL_TRANSPARENT
+                TextColor = R
+            }
+        }
+    }
+    { = Checkbox, A
+        Create = one, 0, 0, 9, 9, 0, 0, 0
+    }
+    { = Combobox, A
+        Create = 0, 0, 9, 9, 50, 0, 0
+        Text = first
+        Text = second
+    }
+    { = Listbox, A
+        Create = 0, 0, 9, 9, 12, unread, 0
+        Text = first
+        CreateStatic = B, "text", 0, 0, 9, 9, 0
+        { = Button, B
+            Create = OK, 0, 0, 9, 9, 0, 0
+        }
+    }
+    { = Edit, A
+        Create = "", 0, 0, 9, 9, 80, CNTRL_NUMERIC, XGUI_DISABLED
+    }
+    { = MultiEdit, A
+        Create = "", 0, 0, 9, 9, 800, 0
+    }
+    { = Scrolltext, A
+        Create = "", 0, 0, 9, 9, 1, 0
+        Text = "one
+two"
+        Delay = 20
+    }
+    { = URL, A
+        Create = here, "https://example.org", 0, 0, 9, 9, 0, 0
+    }
+}
+T
+    sed -i 's/"one$/"one"/; s/^two"$/"two"/' res/good.rc
+    cat >res/bad.rc <<'T'
+; script
+Loose = 1
+{ = Define
+}
+{ = Defines
+    W = one
+    W = 2
+    ThisNameHasThirtyTwoCharactersOK = 3
+}
+{ = Fonts
+    F = "no font.xbf"
+}
+{ = Bitmaps
+    X = gfx/pic.bmp, 0, 0, 0, 5
+    Y = gfx/pic.png, 0, 0, -1
+}
+{ = Animations
+    M = gfx/pic.bmp, 20, 0, 0, 2, 2, 70000, 0, 1
+}
+{ = Colors
+    R = red, mauve
+    T = 1 2 3 4
+    U = red ; a note
+}
+{ = Defaults
+    Front = F
+    Close = X, Y, Z, X
+    Frame = red, U, R, R
+}
+{ = Window, V
+    TitlebarFlags = CNTRL_TILED
+    Colour = R
+    { = Knob, W
+    }
+    { = Button
+        Create = "a title", 0, 0, nine, 9, "XKEY_A|XKEY_NINE", CNTRL_TABSTOP|CNTRL_TOBSTOP
+        Create = "", 0, 0, 9, 9
+        TextColor = "1 2 3"
+        Text = no
+    }
+    { = Groupbox, W
+        Create = Group, 0, 0, 9, 9, 0
+        { = Button, W
+        }
+    }
+    { = Checkbox, W
+        Create = one, 0, 0, 9, 9, 0, 0, 0
+        AnimLine = XGUI_RELEASED, one, 10, 20, Non, 0, 0, two
+        { = Caption
+        }
+        { = Title
+        }
+    }
+}
+T
+}
+
+check_kcbl_resources() {
+    make_resources
+    expect 0 kcbl check res/good.rc
+    [ ! -s out ] || fail "kcbl check finds in a good script: $(head -n 5 out)"
+    expect 1 kcbl check res/bad.rc
+    grep '^res/bad.rc:' out | tr -d '\r' | sed 's/^res.bad.rc://' >faults
+    cat >wanted <<'T'
+2:1: "Loose" stands outside of all sections
+3:5: unknown section "Define"
+6:9: "one" is no number
+7:5: "W" is there already, and the first one counts
+8:5: a name has at most 31 characters
+11:9: the file "no font.xbf" is missing
+14:28: this is no size of a picture
+15:5: "Y" takes 5 strings and has 4
+15:9: "gfx/pic.png" is no name of a picture: they are bmp and jpg files
+15:9: the file "gfx/pic.png" is missing
+18:38: an animation has 1 to 65536 frames
+21:14: unknown colour "mauve"
+22:9: a colour is four numbers in one pair of quotes, as "255 128 0 0"
+23:13: a comment behind the shades of a colour is read as a shade
+26:5: unknown word "Front" in the defaults
+27:19: unknown bitmap "Z"
+28:13: a control needs a colour of eight shades; "red" has 1
+28:18: a control needs a colour of eight shades; "U" has 1
+28:21: a control needs a colour of eight shades; "R" has 2
+28:24: a control needs a colour of eight shades; "R" has 2
+30:1: a window needs "Create"
+30:13: unknown id "V"
+32:5: unknown word "Colour" in a window
+33:9: unknown control "Knob"
+35:5: the name is missing behind "Button"
+36:35: "nine" is no number
+36:52: unknown key "XKEY_NINE"
+36:78: unknown flag "CNTRL_TOBSTOP"
+37:9: "Create" takes 7 strings and has 5
+37:9: only the first "Create" is read
+38:21: a colour is four numbers in one pair of quotes, as "255 128 0 0"
+39:9: unknown word "Text" in a Button
+43:9: a Groupbox takes only Radio
+48:48: unknown animation "Non"
+48:59: unknown line "two"
+49:9: a caption needs a width of the box, string 5 of "Create"
+51:9: unknown chunk "Title" in a Checkbox
+T
+    diff faults wanted >differences || fail "kcbl check of a resource script: $(head -n 20 differences)"
+    grep -q '^            ^$' out || fail "kcbl check does not mark the place"
+    # Names of the other system, found without regard to case; and no file beside another folder's script.
+    cp res/good.rc moved.rc
+    expect 1 kcbl check moved.rc
+    [ "$(grep -c 'is missing' out)" = 5 ] || fail "kcbl check: $(grep 'is missing' out)"
+    # Controls in each other and a long script: neither is too much.
+    awk 'BEGIN {
+        print "; script\n{ = Defines\nA = 1\n}\n{ = Window, A\nCreate = t, 0, 0, 1, 1, 0"
+        for (n = 0; n < 30000; ++n) print "{ = Listbox, A\nCreate = 0, 0, 1, 1, 1, 1, 0"
+    }' >deep.rc
+    expect 1 kcbl check deep.rc
+    grep -q 'too deep' out || fail "kcbl check: $(head -n 2 out)"
 }
 
 # same WHAT FILE FILE: the same pixels.

@@ -1,5 +1,6 @@
 // Checks, formats and reads KCBL scripts.
 
+#include "rescheck.h"
 #include "tool.h"
 
 #include "tarvix/error.h"
@@ -26,6 +27,9 @@ kcbl get FILE PATH               prints strings of one item, one a line
 kcbl json FILE                   prints the tree as JSON
 
 The file - is the standard input, which fmt writes to the standard output.
+check knows the words of resource scripts, which begin with "; script", and finds
+names and files that are not there. Files are looked for from the working
+directory and from the script's own.
 PATH is the item's keyword behind the names of its chunks: Name/Name/Keyword. A
 name may give more strings of the chunk's head: Window,main/Create. Keyword[2]
 prints string 2, counted from 0, and Keyword[2][1] element 1 of an array there.
@@ -45,57 +49,6 @@ bool ReadInput(const std::string &strPath, std::string &strText)
     return !ferror(stdin);
 }
 
-struct TFault
-{
-    TKCBLFault fault;
-    std::string strText;
-};
-
-xlong KeepFault(const TKCBLFault *pFault, void *pUser)
-{
-    ((std::vector<TFault> *)pUser)->push_back({ *pFault, pFault->pszText });
-    return 1;
-}
-
-std::vector<TFault> FindFaults(CKCBL &kcbl, const std::string &strText)
-{
-    std::vector<TFault> faults;
-    kcbl.ImportFaults(strText.c_str(), KeepFault, &faults);
-    const size_t ulZero = strText.find('\0');
-    if (ulZero != std::string::npos)
-    {
-        TFault zero = { { "", (xlong)ulZero, 1, 1, 0 }, "A zero byte ends the text here" };
-        for (size_t ul = 0; ul < ulZero; ++ul, ++zero.fault.lColumn)
-            if (strText[ul] == '\n')
-            {
-                ++zero.fault.lLine;
-                zero.fault.lColumn = 0;
-            }
-        faults.push_back(zero);
-    }
-    return faults;
-}
-
-std::string PlaceOf(const std::string &strFile, const TFault &fault)
-{
-    return strFile + ":" + std::to_string(fault.fault.lLine) + ":" + std::to_string(fault.fault.lColumn);
-}
-
-// The line of a fault and a mark under its place.
-void PrintLine(const std::string &strText, const TFault &fault)
-{
-    const size_t ulStart = (size_t)(fault.fault.lOffset - fault.fault.lColumn + 1);
-    const size_t ulEnd = std::min(strText.find_first_of("\r\n", ulStart), strText.size());
-    std::string strLine = strText.substr(ulStart, std::min<size_t>(ulEnd - ulStart, 1000));
-    std::string strMark = strLine.substr(0, (size_t)fault.fault.lColumn - 1);
-    for (char &c : strLine)
-        if ((unsigned char)c < 0x20 && c != '\t')
-            c = '?';
-    for (char &c : strMark)
-        c = c == '\t' ? '\t' : ' ';
-    printf("    %s\n    %s^\n", strLine.c_str(), strMark.c_str());
-}
-
 int Check(const CTool &tool, const std::vector<std::string> &files)
 {
     size_t ulFaults = 0, ulBadFiles = 0;
@@ -104,13 +57,9 @@ int Check(const CTool &tool, const std::vector<std::string> &files)
         std::string strText;
         if (!ReadInput(strFile, strText))
             return tool.Fail(strFile, "the file can't be read");
-        CKCBL kcbl;
-        const std::vector<TFault> faults = FindFaults(kcbl, strText);
+        const std::vector<TFault> faults = CheckScript(strText, strFile);
         for (const TFault &fault : faults)
-        {
-            printf("%s: %s\n", PlaceOf(strFile, fault).c_str(), fault.strText.c_str());
-            PrintLine(strText, fault);
-        }
+            PrintFault(strText, strFile, fault);
         ulFaults += faults.size();
         ulBadFiles += !faults.empty();
     }

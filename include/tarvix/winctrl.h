@@ -43,7 +43,7 @@ public:
     /// @return 0 without memory
     xlong Create();
     /// Puts a window in front, behind modal ones.
-    /// @param pWindow      not owned; must outlive the list or be removed
+    /// @param pWindow      not owned; leaves the list when it dies
     /// @param pfnCallback  may be null
     /// @return 0 without memory
     xlong AddWindow(CWindowBase *pWindow, TGuiCallback pfnCallback, void *pUser);

@@ -84,7 +84,7 @@ public:
     xlong SetFocus(CControlBase *pCntrl);
     /// Appends a control, on top of the others. Its place is meant relative to
     /// the area below the title bar and inside the border.
-    /// @param pCntrl  not owned; must outlive the window or be removed
+    /// @param pCntrl  not owned; leaves the window when it dies
     /// @return 0 without memory
     xlong AddCntrl(CControlBase *pCntrl);
     xlong RemoveCntrl(CControlBase *pCntrl);

@@ -85,6 +85,22 @@ bool NeedsBackground(const CControlBase &control)
     return !pFrame || (pFrame->m_lFlags & (CNTRL_TRANSPARENT | CNTRL_HASBITMAP)) == CNTRL_TRANSPARENT;
 }
 
+// Tiles that the clip leaves out altogether are passed over.
+void DrawTiles(CBitmap &bitmap, const TPlace &place, xlong bTransparent)
+{
+    const xlong lWidth = bitmap.m_lWidth, lHeight = bitmap.m_lHeight;
+    if (lWidth < 1 || lHeight < 1)
+        return;
+    const CRect rcClip = glb->m_pScreen->m_rcClip;
+    const xlong lLastX = std::min(place.lWidth - 1, rcClip.m_lRight - place.lX) / lWidth;
+    const xlong lLastY = std::min(place.lHeight - 1, rcClip.m_lBottom - place.lY) / lHeight;
+    const xlong lFirstX = std::max<xlong>(0, rcClip.m_lLeft - place.lX) / lWidth;
+    for (xlong lRow = std::max<xlong>(0, rcClip.m_lTop - place.lY) / lHeight; lRow <= lLastY; ++lRow)
+        for (xlong lColumn = lFirstX; lColumn <= lLastX; ++lColumn)
+            glb->m_pScreen->DrawBitmapScreenGui(&bitmap, 0, 0, place.lX + lColumn * lWidth, place.lY + lRow * lHeight,
+                                                -1, -1, bTransparent, 0);
+}
+
 // A control that dies is no template any more.
 void LeaveTemplates(const CControlBase *pControl)
 {
@@ -126,6 +142,8 @@ CControlBase::CControlBase()
 CControlBase::~CControlBase()
 {
     LeaveTemplates(this);
+    if (m_pWindow)
+        m_pWindow->RemoveCntrl(this);
     CControlBase::Destroy();
     FreeAnimLines(*this);
 }
@@ -428,54 +446,29 @@ void CControlBase::ClearClipListIndex()
 xlong CControlBase::DrawBitmap(CBitmap *pBitmap, xlong lX, xlong lY)
 {
     CScreenBase *const pScreen = glb->m_pScreen;
-    if (!pScreen || !pScreen->PushClip())
+    if (!pScreen)
         return 1;
-    lX += m_Look.m_lBitmapX;
-    lY += m_Look.m_lBitmapY;
-    xlong lWidth = m_lWidth - 1;
-    xlong lHeight = m_lHeight - 1;
-    if (m_lFlags & CNTRL_EXTRUDED)
-    {
-        lX += m_Look.m_lBevel;
-        lY += m_Look.m_lBevel;
-        lWidth -= 2 * m_Look.m_lBevel;
-        lHeight -= 2 * m_Look.m_lBevel;
-    }
+    const TPlace whole = { lX + m_Look.m_lBitmapX, lY + m_Look.m_lBitmapY, m_lWidth, m_lHeight };
+    const TPlace place = whole.Inset(m_lFlags & CNTRL_EXTRUDED ? m_Look.m_lBevel : 0);
+    if (!PushSubClip(place))
+        return 1;
     const xlong bTransparent = m_lFlags & CNTRL_BMTRANS ? 1 : 0;
-    if (lWidth >= 0 && lHeight >= 0)
+    const auto Draw = [&](CBitmap *pSource, CRect rcPart)
     {
-        pScreen->SetSubClip(lX, lY, lX + lWidth, lY + lHeight);
-        const CRect &rcSheet = m_Look.m_pSheetRect ? *m_Look.m_pSheetRect : m_Look.m_rBkgClip;
-        if (!pBitmap)
-        {
-            if (m_Look.m_pSheet && m_Look.m_pSheetRect)
-                pScreen->DrawBitmapScreenGui(m_Look.m_pSheet, rcSheet.m_lLeft, rcSheet.m_lTop, lX, lY,
-                                             rcSheet.m_lRight - rcSheet.m_lLeft + 1,
-                                             rcSheet.m_lBottom - rcSheet.m_lTop + 1, bTransparent, 0);
-        }
-        else if (m_lFlags & CNTRL_TILED)
-        {
-            if (pBitmap->m_lWidth > 0 && pBitmap->m_lHeight > 0)
-            {
-                // Tiles that the clip leaves out altogether are passed over.
-                const CRect rcClip = pScreen->m_rcClip;
-                const xlong lLastX = std::min(lWidth / pBitmap->m_lWidth, (rcClip.m_lRight - lX) / pBitmap->m_lWidth);
-                const xlong lLastY =
-                    std::min(lHeight / pBitmap->m_lHeight, (rcClip.m_lBottom - lY) / pBitmap->m_lHeight);
-                const xlong lFirstX = std::max<xlong>(0, (rcClip.m_lLeft - lX) / pBitmap->m_lWidth);
-                for (xlong lRow = std::max<xlong>(0, (rcClip.m_lTop - lY) / pBitmap->m_lHeight); lRow <= lLastY; ++lRow)
-                    for (xlong lColumn = lFirstX; lColumn <= lLastX; ++lColumn)
-                        pScreen->DrawBitmapScreenGui(pBitmap, 0, 0, lX + lColumn * pBitmap->m_lWidth,
-                                                     lY + lRow * pBitmap->m_lHeight, -1, -1, bTransparent, 0);
-            }
-        }
-        else if (m_Look.m_rBkgClip.IsEmpty())
-            pScreen->DrawBitmapScreenGui(pBitmap, 0, 0, lX, lY, m_lWidth, m_lHeight, bTransparent, 0);
-        else
-            pScreen->DrawBitmapScreenGui(pBitmap, m_Look.m_rBkgClip.m_lLeft, m_Look.m_rBkgClip.m_lTop, lX, lY,
-                                         m_Look.m_rBkgClip.Width() + 1, m_Look.m_rBkgClip.Height() + 1, bTransparent,
-                                         0);
+        pScreen->DrawBitmapScreenGui(pSource, rcPart.m_lLeft, rcPart.m_lTop, place.lX, place.lY, rcPart.Width() + 1,
+                                     rcPart.Height() + 1, bTransparent, 0);
+    };
+    if (!pBitmap)
+    {
+        if (m_Look.m_pSheet && m_Look.m_pSheetRect)
+            Draw(m_Look.m_pSheet, *m_Look.m_pSheetRect);
     }
+    else if (m_lFlags & CNTRL_TILED)
+        DrawTiles(*pBitmap, place, bTransparent);
+    else if (m_Look.m_rBkgClip.IsEmpty())
+        pScreen->DrawBitmapScreenGui(pBitmap, 0, 0, place.lX, place.lY, m_lWidth, m_lHeight, bTransparent, 0);
+    else
+        Draw(pBitmap, m_Look.m_rBkgClip);
     pScreen->PopClip();
     return 1;
 }

@@ -25,6 +25,18 @@ bool CanDraw(const CControlBase &control, xlong lPage)
     return glb->m_pScreen && !((xulong)lPage < 3 && control.m_lPageDone[lPage] == 1);
 }
 
+bool PushSubClip(const TPlace &place)
+{
+    CScreenBase &screen = *glb->m_pScreen;
+    const CRect &rc = screen.m_rcClip;
+    const xlong lRight = place.lX + place.lWidth - 1, lBottom = place.lY + place.lHeight - 1;
+    if (place.lWidth < 1 || place.lHeight < 1 || place.lX > rc.m_lRight || place.lY > rc.m_lBottom ||
+        lRight < rc.m_lLeft || lBottom < rc.m_lTop || !screen.PushClip())
+        return false;
+    screen.SetSubClip(place.lX, place.lY, lRight, lBottom);
+    return true;
+}
+
 void DrawFace(const CControlBase &control, const TPlace &place, const TRGBA *pFace)
 {
     if (pFace && !IsSeeThrough(control))
@@ -95,16 +107,12 @@ void DrawLookBitmap(CControlBase &control, const TPlace &place, int nLook)
 void DrawControlText(const CControlBase &control, const TPlace &place, xlong lStyle)
 {
     const char *const pszText = control.m_pszText;
-    if (!pszText || !*pszText || !control.m_Look.m_pFont || place.lWidth < 1 || place.lHeight < 1)
+    if (!pszText || !*pszText || !control.m_Look.m_pFont || !PushSubClip(place))
         return;
-    CScreenBase *const pScreen = glb->m_pScreen;
-    if (!pScreen->PushClip())
-        return;
-    pScreen->SetSubClip(place.lX, place.lY, place.lX + place.lWidth - 1, place.lY + place.lHeight - 1);
     control.m_Look.m_pFont->Text((CBitmap *)(xparam)FONT_TARGET_GUI, pszText, (short)place.lX, (short)place.lY,
                                  (short)place.lWidth, (short)place.lHeight, &control.m_Look.m_TextColor, nullptr,
                                  lStyle);
-    pScreen->PopClip();
+    glb->m_pScreen->PopClip();
 }
 
 xlong TextStyle(xlong lFlags)

@@ -33,6 +33,11 @@ inline bool IsSeeThrough(const CControlBase &control)
 /// page that is marked as done.
 bool CanDraw(const CControlBase &control, xlong lPage);
 
+/// Saves the clip and narrows it to the place; PopClip undoes it.
+/// @return false, with the clip as it was, when nothing of the place is left:
+///         the narrowed clip would still hold a pixel then
+bool PushSubClip(const TPlace &place);
+
 /// Fills with a face colour unless the control is see-through; null fills nothing.
 void DrawFace(const CControlBase &control, const TPlace &place, const TRGBA *pFace);
 /// Darkens what lies behind a control with CNTRL_ALPHA.

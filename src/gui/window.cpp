@@ -28,6 +28,12 @@ void Restore(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
         glb->m_pScreen->AddClearAreaGui(lLeft, lTop, lRight, lBottom);
 }
 
+// A control that was taken out can outlive the window.
+void LoseParent(CControlBase &control)
+{
+    control.SetParent(control.m_lWindowID, nullptr);
+}
+
 void DrawPieces(CControlBase &control, xlong lX, xlong lY, xlong lPage)
 {
     if (!control.m_lClipCount)
@@ -235,13 +241,17 @@ xlong CWindowBase::RemoveCntrl(CControlBase *pCntrl)
     if (!m_Cntrls.ItemExists(pCntrl))
         return 0;
     EndWalksOn(m_Cntrls, m_Cntrls.m_pCurr);
-    return m_Cntrls.Delete();
+    const xlong lResult = m_Cntrls.Delete();
+    LoseParent(*pCntrl);
+    return lResult;
 }
 
 xlong CWindowBase::RemoveAllCntrl()
 {
     m_pFocus = nullptr;
     m_pMouseCntrl = nullptr;
+    for (const CNode *pNode = m_Cntrls.m_pFirst; pNode; pNode = pNode->pNext)
+        LoseParent(*(CControlBase *)pNode->pData);
     EndWalksOn(m_Cntrls, nullptr);
     m_Cntrls.KillAll();
     return 1;

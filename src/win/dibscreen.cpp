@@ -527,14 +527,13 @@ void CDibScreen::Validate()
         const CRect &rc = m_ClearAreas[m_lPage][i];
         ASA(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
     }
-    for (xlong i = 0; i < m_lValidateCount[m_lPage] && glb->m_pWinCtrl; ++i)
+    for (xlong i = 0; i < m_lValidateCount[m_lPage] && glb->m_pWinCtrl && m_pMode; ++i)
     {
-        CRect rc = m_ValidateAreas[m_lPage][i];
-        // Entries that were merged into others lie outside; the clip would let
-        // a pixel of them through.
-        if (rc.m_lRight < 0 && rc.m_lBottom < 0)
-            continue;
-        if (glb->m_pWinCtrl->Validate(&rc, m_lPage))
+        // What lies outside, as merged entries do, would become the clip of a
+        // pixel inside.
+        CRect rcMode, rc = m_ValidateAreas[m_lPage][i];
+        rcMode.Set(0, 0, m_pMode->lWidth - 1, m_pMode->lHeight - 1);
+        if (rc.Intersect(&rc, &rcMode) && glb->m_pWinCtrl->Validate(&rc, m_lPage))
             AddDibLayerArea(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
     }
     m_lValidateCount[m_lPage] = 0;

@@ -149,6 +149,7 @@ TEST_F(CWinCtrlTest, ReadsOneKeyAFrameForWhomItConcerns)
         buttons[n].Create(10 + n, nullptr, 200, 200, 5, 5, 'k', 0);
         m_Windows[n].AddCntrl(&buttons[n]);
     }
+    TakeLog();
     Key('k');
     EXPECT_EQ("1:3:12 1:1:10", TakeLog()) << "the front window and the one that always listens";
     Frame();

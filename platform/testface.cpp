@@ -81,6 +81,8 @@ public:
     bool SetClipboardText(const char *pszUtf8) override { return !m_bFailClipboard && s_Clipboard.Set(pszUtf8); }
     int ShowMessageBox(HWND hOwner, LPCSTR pszText, LPCSTR pszCaption, UINT ulType) override;
 
+    POINT Clamp(int lX, int lY) const;
+    void MovePointer(int lX, int lY);
     void Add(const TAction &action);
     void Forget(HWND hWnd);
     void Deliver(const TAction &action);
@@ -267,9 +269,23 @@ HWND WindowAt(POINT pt)
     return nullptr;
 }
 
+POINT CFace::Clamp(int lX, int lY) const
+{
+    return { std::clamp(lX, 0, m_Desktop.lWidth - 1), std::clamp(lY, 0, m_Desktop.lHeight - 1) };
+}
+
 void CFace::SetPointer(int lX, int lY)
 {
-    m_ptPointer = { std::clamp(lX, 0, m_Desktop.lWidth - 1), std::clamp(lY, 0, m_Desktop.lHeight - 1) };
+    // One that stays where it is sends nothing. Held at a place beyond the
+    // desktop it would never come to rest.
+    const POINT pt = Clamp(lX, lY);
+    if (pt.x != m_ptPointer.x || pt.y != m_ptPointer.y)
+        MovePointer(lX, lY);
+}
+
+void CFace::MovePointer(int lX, int lY)
+{
+    m_ptPointer = Clamp(lX, lY);
     TAction action = {};
     action.eKind = TAction::POINTER;
     action.hWnd = WindowAt(m_ptPointer);
@@ -408,14 +424,14 @@ void FaceAdvanceClock(DWORD ulMilliseconds)
 
 void FaceMovePointer(int lX, int lY)
 {
-    s_Face.SetPointer(lX, lY);
+    s_Face.MovePointer(lX, lY);
 }
 
 void FaceMovePointerIn(HWND hWnd, int lX, int lY)
 {
     POINT pt = { lX, lY };
     if (ClientToScreen(hWnd, &pt))
-        s_Face.SetPointer(pt.x, pt.y);
+        s_Face.MovePointer(pt.x, pt.y);
 }
 
 void FaceButton(int lButton, bool bDown)

@@ -345,6 +345,10 @@ TEST_F(CMouseTest, FixedCentreIsPassedOverAndHoldsThePointer)
         EXPECT_EQ(by, TPlace(lDX, lDY));
     }
     EXPECT_EQ((TPlace{ 5 - 20 + 1, -7 + 30 }), Place());
+    // With the centre beyond the desktop the pointer comes to rest all the same.
+    FaceMove(sglb->m_hWnd, 1100, 900);
+    FaceMovePointer(1200, 1000);
+    xHandler();
     m.WinMsgHandler(sglb->m_hWnd, WM_ACTIVATEAPP, 1, 0);
     POINT pt;
     GetCursorPos(&pt);

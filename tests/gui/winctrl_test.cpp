@@ -219,7 +219,7 @@ TEST_F(CWinCtrlTest, CallbacksMayTakeWindowsAway)
         }
     };
     CButton button;
-    for (const xlong lFlags : { 0, (xlong)XWIN_MODAL })
+    for (const xlong lFlags : { (xlong)0, (xlong)XWIN_MODAL })
     {
         CWindow &below = Add(0);
         CWindow window;

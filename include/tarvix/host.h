@@ -2,8 +2,10 @@
 
 #include "tarvix/alpha.h"
 #include "tarvix/globals.h"
+#include "tarvix/mouse.h"
 #include "tarvix/screen.h"
 #include "tarvix/start.h"
+#include "tarvix/winctrl.h"
 
 #include <stdio.h>
 
@@ -25,7 +27,7 @@ class CTarvixHost
 public:
     /// @param pszName     window title, below 160 characters
     /// @param pszOptions  debug option file, or null
-    explicit CTarvixHost(const char *pszName, const char *pszOptions = nullptr) : m_bReady(false)
+    explicit CTarvixHost(const char *pszName, const char *pszOptions = nullptr) : m_bReady(false), m_bGui(false)
     {
 #ifdef _WIN32
         ThisInstance = GetModuleHandleA(nullptr);
@@ -65,7 +67,8 @@ public:
     }
 
     /// Starts a mode on the first screen that has it, with the persistent
-    /// buffer in use and the shade tables of its depth.
+    /// buffer in use and the shade tables of its depth; then the mouse and the
+    /// window manager.
     /// @param lDepth  8, 16 or 24
     /// @param lKind   XMODE_..., or -1 for any
     /// @return false with the error stored
@@ -88,7 +91,7 @@ public:
                 pScreen->SetScreenWindowProperties(XWINDOW_CAPTION | XWINDOW_THICK_FRAME, -1, -1))
             {
                 glb->m_pScreen = pScreen;
-                return MakeTables() && pScreen->SetPersistentMode(1);
+                return MakeTables() && pScreen->SetPersistentMode(1) && StartGui();
             }
         }
         if (!glb->m_Error.GetErrCode())
@@ -122,6 +125,16 @@ public:
     }
 
 private:
+    // A machine without a mouse has windows all the same.
+    bool StartGui()
+    {
+        if (glb->m_pMouse)
+            glb->m_pMouse->Init();
+        if (!m_bGui)
+            m_bGui = glb->m_pWinCtrl && glb->m_pWinCtrl->Create();
+        return m_bGui;
+    }
+
     bool MakeTables() const
     {
         const SVmode &mode = *glb->m_pScreen->GetActiveMode();
@@ -144,4 +157,5 @@ private:
     }
 
     bool m_bReady;
+    bool m_bGui; ///< the window manager listens to the frame
 };

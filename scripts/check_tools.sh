@@ -366,8 +366,8 @@ make_resources() {
     }
     { = Scrolltext, A
         Create = "", 0, 0, 9, 9, 1, 0
-        Text = "one
-two"
+        Text = "one"
+            "two"
         Delay = 20
     }
     { = URL, A
@@ -375,7 +375,6 @@ two"
     }
 }
 T
-    sed -i 's/"one$/"one"/; s/^two"$/"two"/' res/good.rc
     cat >res/bad.rc <<'T'
 ; script
 Loose = 1

@@ -2,9 +2,13 @@
 
 #include "gui/resdatasupport.h"
 #include "heap.h"
+#include "slots.h"
 #include "tarvix/lzss.h"
 
-std::string CResDataTest::Packed(const std::string &strText)
+namespace
+{
+// As the tool pres packs.
+std::string Packed(const std::string &strText)
 {
     CLzss lzss;
     xulong ulLen = (xulong)strText.size();
@@ -17,8 +21,6 @@ std::string CResDataTest::Packed(const std::string &strText)
     return strFile;
 }
 
-namespace
-{
 const char s_szWhole[] = R"(; script of a test
 { = defines     ; the order of sections plays no part
     ; a comment
@@ -81,6 +83,38 @@ const char s_szWhole[] = R"(; script of a test
     Sets = Ramp, white, ramp, Other
 }
 )";
+
+#if INTPTR_MAX == INT32_MAX
+TEST(CResDataRecords, LieWhereHostsExpectThem)
+{
+    const TResDefine define = {};
+    const TResString string = {};
+    const TResValue value = {};
+    const TResAnim anim = {};
+    const TBitmapRes bitmap;
+    const TResColor color;
+    const TResCntrlColor set;
+    const TResFont font;
+    EXPECT_EQ(4, OffsetOf(define, define.szName));
+    EXPECT_EQ(36, OffsetOf(string, string.szText));
+    EXPECT_EQ(36, OffsetOf(value, value.lValue));
+    EXPECT_EQ(32, OffsetOf(anim, anim.pAnim));
+    EXPECT_EQ(32, OffsetOf(bitmap, bitmap.szFile));
+    EXPECT_EQ(292, OffsetOf(bitmap, bitmap.Bitmap));
+    EXPECT_EQ(32, OffsetOf(color, color.pColors));
+    EXPECT_EQ(36, OffsetOf(color, color.lNumColors));
+    EXPECT_EQ(40, OffsetOf(color, color.Colors));
+    EXPECT_EQ(32, OffsetOf(set, set.Color));
+    EXPECT_EQ(32, OffsetOf(font, font.Font));
+    const CResData res;
+    const CLList *pList = &res.m_listDefines;
+    EXPECT_EQ((int)sizeof(CKCBL), OffsetOf(res, res.m_listDefines));
+    for (const CLList *pNext : { &res.m_listStrings, &res.m_listBitmaps, &res.m_listAnims, &res.m_listValues,
+                                 &res.m_listColors, &res.m_listCntrlColors, &res.m_listFonts })
+        EXPECT_EQ(++pList, pNext);
+    EXPECT_EQ((const void *)(pList + 1), &res.m_Spare);
+}
+#endif
 
 TEST_F(CResDataTest, EverySectionIsReadAndFound)
 {

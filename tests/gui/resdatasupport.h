@@ -85,6 +85,4 @@ protected:
         ASSERT_EQ(1, res.EnterDataChunk());
         ASSERT_EQ(1, res.FindItem(pszKeyword, nullptr, nullptr, nullptr)) << pszKeyword;
     }
-
-    static std::string Packed(const std::string &strText);
 };

@@ -144,8 +144,7 @@ xlong CResData::LoadPacked(const char *pszPath, xulong ulSize, xulong ulPacked)
     if (!text.p)
         return xErrorTxt("CResData::Load: (PRES RES) Unable to allocate memory (unpacked data).");
     text.p[ulText] = 0;
-    xulong ulLen = ulText;
-    if (!lzss.ExpandBuffer(pPacked, text.p, &ulLen, ulPacked) || ulLen != ulText)
+    if (!lzss.ExpandBuffer(pPacked, text.p, &ulText, ulPacked))
         return xErrorTxt("CResData::Load: (PRES RES) Unable to unpack data.");
     if (!CKCBL::Import(text.p, (xlong)ulText))
         return xErrorTxt("CResData::Load: (PRES RES) Unable to import kcbl packet data.");

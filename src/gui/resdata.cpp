@@ -269,7 +269,7 @@ xlong CResData::GetResFlags(xlong lIndex, xlong *plFlags)
 xlong CResData::GetHotkey(xlong lIndex, short *psKey)
 {
     xlong lKey = 0;
-    const xlong lResult = GetData(g_ResHotkeys, GetString(lIndex), &lKey);
+    const xlong lResult = GetData(ResHotkeys(), GetString(lIndex), &lKey);
     *psKey = (short)lKey;
     return lResult;
 }

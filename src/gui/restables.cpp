@@ -1,7 +1,15 @@
 #include "restables.h"
 
-#include "tarvix/keyboard.h"
+#include "base/keynames.h"
 #include "tarvix/window.h"
+
+namespace
+{
+enum
+{
+    MAX_HOTKEYS = 128
+};
+} // namespace
 
 // clang-format off
 #define ROW(name) { #name, name }
@@ -21,30 +29,13 @@ const TResData g_ResFlags[] = {
     ROW(ANIM_LOOP), ROW(ANIM_PINGPONG), ROW(ANIM_ONCE),
     { nullptr, 0 }
 };
-
-const TResData g_ResHotkeys[] = {
-    { "NULL", XKEY_NONE },
-    ROW(XKEY_NONE), ROW(XKEY_BSPACE), ROW(XKEY_TAB), ROW(XKEY_ENTER), ROW(XKEY_ESC), ROW(XKEY_SPACE),
-    ROW(XKEY_MULTIPLY), ROW(XKEY_ADD), ROW(XKEY_DECIMAL), ROW(XKEY_SUBTRACT), ROW(XKEY_DOT), ROW(XKEY_DIVIDE),
-    ROW(XKEY_0), ROW(XKEY_1), ROW(XKEY_2), ROW(XKEY_3), ROW(XKEY_4), ROW(XKEY_5), ROW(XKEY_6), ROW(XKEY_7),
-    ROW(XKEY_8), ROW(XKEY_9),
-    ROW(XKEY_A), ROW(XKEY_B), ROW(XKEY_C), ROW(XKEY_D), ROW(XKEY_E), ROW(XKEY_F), ROW(XKEY_G), ROW(XKEY_H),
-    ROW(XKEY_I), ROW(XKEY_J), ROW(XKEY_K), ROW(XKEY_L), ROW(XKEY_M), ROW(XKEY_N), ROW(XKEY_O), ROW(XKEY_P),
-    ROW(XKEY_Q), ROW(XKEY_R), ROW(XKEY_S), ROW(XKEY_T), ROW(XKEY_U), ROW(XKEY_V), ROW(XKEY_W), ROW(XKEY_X),
-    ROW(XKEY_Y), ROW(XKEY_Z),
-    ROW(XKEY_TILDE), ROW(XKEY_INSERT), ROW(XKEY_DELETE), ROW(XKEY_HOME), ROW(XKEY_END), ROW(XKEY_PAGEUP),
-    ROW(XKEY_PAGEDOWN), ROW(XKEY_LEFT), ROW(XKEY_UP), ROW(XKEY_RIGHT), ROW(XKEY_DOWN), ROW(XKEY_SHIFT),
-    ROW(XKEY_LSHIFT), ROW(XKEY_RSHIFT), ROW(XKEY_CTRL), ROW(XKEY_LCTRL), ROW(XKEY_RCTRL), ROW(XKEY_ALT),
-    ROW(XKEY_LALT), ROW(XKEY_RALT), ROW(XKEY_WIN), ROW(XKEY_LWIN), ROW(XKEY_RWIN), ROW(XKEY_NUMLOCK),
-    ROW(XKEY_NPDIVIDE), ROW(XKEY_NPMULTIPLY), ROW(XKEY_NPSUBTRACT), ROW(XKEY_NPADD), ROW(XKEY_NPENTER),
-    ROW(XKEY_NPDECIMAL),
-    ROW(XKEY_NP0), ROW(XKEY_NP1), ROW(XKEY_NP2), ROW(XKEY_NP3), ROW(XKEY_NP4), ROW(XKEY_NP5), ROW(XKEY_NP6),
-    ROW(XKEY_NP7), ROW(XKEY_NP8), ROW(XKEY_NP9),
-    ROW(XKEY_PRINTSCR), ROW(XKEY_SCROLL), ROW(XKEY_BREAK), ROW(XKEY_CAPSLOCK),
-    ROW(XKEY_F1), ROW(XKEY_F2), ROW(XKEY_F3), ROW(XKEY_F4), ROW(XKEY_F5), ROW(XKEY_F6), ROW(XKEY_F7), ROW(XKEY_F8),
-    ROW(XKEY_F9), ROW(XKEY_F10), ROW(XKEY_F11), ROW(XKEY_F12), ROW(XKEY_F13), ROW(XKEY_F14), ROW(XKEY_F15),
-    ROW(XKEY_F16), ROW(XKEY_F17), ROW(XKEY_F18), ROW(XKEY_F19), ROW(XKEY_F20), ROW(XKEY_F21), ROW(XKEY_F22),
-    ROW(XKEY_F23), ROW(XKEY_F24),
-    { nullptr, 0 }
-};
 // clang-format on
+
+const TResData *ResHotkeys()
+{
+    static TResData s_Rows[MAX_HOTKEYS]; // ends in one without a name
+    const TKeyName *pKey = KeyNames();
+    for (int n = 0; n + 1 < MAX_HOTKEYS && pKey->pszName && !s_Rows[n].pszName; ++n, ++pKey)
+        s_Rows[n] = { pKey->pszName, pKey->usKey };
+    return s_Rows;
+}

@@ -3,6 +3,7 @@
 
 #include "tarvix/resdata.h"
 
-/// Of flag fields and of hotkeys.
+/// Of flag fields.
 extern const TResData g_ResFlags[];
-extern const TResData g_ResHotkeys[];
+/// Of hotkeys: the names of the key codes.
+const TResData *ResHotkeys();

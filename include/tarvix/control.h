@@ -187,7 +187,7 @@ struct TCntrlLook
     xlong m_lBitmapX; ///< of the bitmap in the control
     xlong m_lBitmapY;
     xlong m_lBevel; ///< pixels
-    xlong m_lAlpha; ///< percent of brightness that is left
+    xlong m_lAlpha; ///< percent of full brightness that what lies behind loses
     TRGBA m_TextColor;
     CFont *m_pFont;
     CRect *m_pSheetRect; ///< current frame of an animation with a sheet
@@ -274,7 +274,7 @@ public:
     /// @return 0 when it is the present one
     virtual xlong SetState(xlong lState);
     virtual xlong GetState();
-    /// @param lAlpha  percent of brightness that is left of what lies behind
+    /// @param lAlpha  percent of full brightness that what lies behind loses
     virtual xlong SetAlpha(xlong lAlpha);
     /// Sends this control's messages to another control of the window.
     virtual xlong SetCntrlMessagingSystem(xlong lOwnerID);

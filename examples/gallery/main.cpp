@@ -1,0 +1,138 @@
+// A desktop of windows from one script, with every control in every state.
+
+#include "art.h"
+#include "gallery.h"
+#include "tarvix/bitmap.h"
+#include "tarvix/host.h"
+#include "tarvix/pictype.h"
+
+#include <filesystem>
+#include <stdlib.h>
+#include <string.h>
+#include <string>
+
+namespace
+{
+const char s_szUsage[] = "gallery [--depth 8|16|24] [--script FILE] [--frames N] [--shot FILE.bmp] [--messages]\n"
+                         "  --depth     bits of a pixel; 24 if not given\n"
+                         "  --script    another script in the place of gallery.txt; its pictures lie beside it\n"
+                         "  --frames    stop after so many frames, each a fixed step of time\n"
+                         "  --shot      write the last frame to a file\n"
+                         "  --messages  print each message of the windows: number, window, control\n"
+                         "  --art DIR   only paint the pictures, into a folder\n";
+
+struct TOptions
+{
+    long lDepth = 24;
+    long lFrames = 0;
+    std::string strScript, strShot, strArt;
+    bool bMessages = false;
+};
+
+// @return 0 to go on, otherwise the exit code plus 1
+int ReadOptions(int argc, char **argv, TOptions &options)
+{
+    for (int i = 1; i < argc; ++i)
+    {
+        const char *const pszValue = i + 1 < argc ? argv[i + 1] : "";
+        if (!strcmp(argv[i], "--help"))
+        {
+            fputs(s_szUsage, stdout);
+            return 1;
+        }
+        if (!strcmp(argv[i], "--messages"))
+            options.bMessages = true;
+        else if (!strcmp(argv[i], "--depth") &&
+                 (!strcmp(pszValue, "8") || !strcmp(pszValue, "16") || !strcmp(pszValue, "24")))
+            options.lDepth = atol(argv[++i]);
+        else if (!strcmp(argv[i], "--frames") && atol(pszValue) > 0)
+            options.lFrames = atol(argv[++i]);
+        else if (!strcmp(argv[i], "--script") && *pszValue)
+            options.strScript = argv[++i];
+        else if (!strcmp(argv[i], "--shot") && *pszValue)
+            options.strShot = argv[++i];
+        else if (!strcmp(argv[i], "--art") && *pszValue)
+            options.strArt = argv[++i];
+        else
+        {
+            fprintf(stderr, "gallery: I do not understand \"%s\".\n%s", argv[i], s_szUsage);
+            return 2;
+        }
+    }
+    return 0;
+}
+
+// The script's pictures are named relative to its folder, so that becomes the
+// working directory; files that the user named stay where they are.
+bool EnterFolder(TOptions &options, const char *pszProgram)
+{
+    namespace fs = std::filesystem;
+    std::error_code error;
+    if (!options.strShot.empty())
+        options.strShot = fs::absolute(options.strShot, error).string();
+    fs::path script = options.strScript;
+    if (script.empty())
+        script = fs::path(pszProgram).parent_path() / "gallery_files" / "gallery.txt";
+    options.strScript = script.filename().string();
+    const fs::path folder = fs::absolute(script, error).parent_path();
+    fs::current_path(folder, error);
+    if (error)
+        fprintf(stderr, "gallery: There is no folder %s.\n", folder.string().c_str());
+    return !error;
+}
+
+bool Save(const std::string &strFile)
+{
+    const SVmode &mode = *glb->m_pScreen->GetActiveMode();
+    CBitmap shot;
+    const unsigned char *const pBits = glb->m_pScreen->LockScreenBuffer();
+    const xlong lCreated = mode.lIndexed
+                               ? shot.CreateIndex(mode.lWidth, mode.lHeight, 8, glb->m_pScreen->GetPalette(), 0)
+                               : shot.CreateRGB(mode.lWidth, mode.lHeight, mode.lDepth, mode.lRedBits, mode.lGreenBits,
+                                                mode.lBlueBits, mode.lRedShift, mode.lGreenShift, mode.lBlueShift, 0);
+    if (!pBits || !lCreated)
+        return false;
+    for (xlong y = 0; y < mode.lHeight; ++y)
+        memcpy(shot.m_pData + (size_t)y * shot.m_lPitch, pBits + (size_t)y * mode.lRowBytes, (size_t)mode.lRowBytes);
+    glb->m_pScreen->ReleaseScreenBuffer();
+    if (!mode.lIndexed && !shot.ConvertRGB(-1, -1, 24, 8, 8, 8, 0, 8, 16, XBMP_NO_KEY_PASS))
+        return false;
+    return shot.Save(strFile.c_str(), nullptr, nullptr, nullptr, 0) != 0;
+}
+} // namespace
+
+int main(int argc, char **argv)
+{
+    TOptions options;
+    if (const int nEnd = ReadOptions(argc, argv, options))
+        return nEnd - 1;
+    if (options.strArt.empty() && !EnterFolder(options, argv[0]))
+        return 1;
+    CTarvixHost host("Gallery");
+    if (!options.strArt.empty())
+        return PaintArt(options.strArt.c_str()) ? 0 : host.Fail();
+    if (!host.SetMode(800, 600, options.lDepth))
+        return host.Fail();
+    if (!std::filesystem::exists("desktop.bmp") && !PaintArt("."))
+        return host.Fail();
+    CGallery gallery(options.bMessages);
+    if (!gallery.Load(options.strScript.c_str()))
+        return host.Fail();
+    SetMinimumFrameTime(options.lFrames ? 0 : 20);
+    for (long lFrame = 1;; ++lFrame)
+    {
+        gallery.Step();
+        if (!host.Frame())
+            break;
+        if (options.lFrames && lFrame >= options.lFrames)
+            break;
+    }
+    if (!options.strShot.empty())
+    {
+        // The picture of a frame stands between its drawing and its end.
+        glb->m_pScreen->FlipPage();
+        if (!Save(options.strShot))
+            return host.Fail();
+    }
+    return 0;
+}

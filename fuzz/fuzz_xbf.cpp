@@ -23,7 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pData, size_t ulSize)
     CBitmap target;
     if (!target.CreateRGB(60, 40, 24, 8, 8, 8, 16, 8, 0, 0))
         abort();
-    for (xlong lFlags : { 0, FONT_SINGLELINE, FONT_CENTERH | FONT_CENTERV, FONT_NOTRAILING })
+    for (xlong lFlags : { 0, (int)FONT_SINGLELINE, FONT_CENTERH | FONT_CENTERV, (int)FONT_NOTRAILING })
         for (short sWidth : { -1, 20 })
         {
             TTextInfo info;

@@ -143,7 +143,8 @@ public:
     xulong m_ulWindowFlags;
     xulong m_ulDefaultFlags;
     CDib *m_pDib;
-    void *m_pBitmapInfo; ///< header and 256 index words
+    void *m_pBitmapInfo;      ///< header and 256 index words
+    xlong m_lDibFirst[PAGES]; ///< those before are cancelled
 
 protected:
     void AddDibLayerArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom);

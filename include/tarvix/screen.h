@@ -288,6 +288,9 @@ public:
     xlong m_lRightU[MAX_ROWS];
     xlong m_lLeftV[MAX_ROWS];
     xlong m_lRightV[MAX_ROWS];
+    xlong m_lClearFirst[PAGES]; ///< of the lists of areas: those before are cancelled
+    xlong m_lPersistentFirst[PAGES];
+    xlong m_lValidateFirst[PAGES];
 
 protected:
     /// Outside bits of a point: 1 below, 2 above, 4 right, 8 left.

@@ -7,6 +7,7 @@ struct TAreaList
 {
     CRect *pAreas;
     xlong *plCount;
+    xlong *plFirst; ///< those before this one are cancelled
 };
 
 /// Joins the new area with those of the list that it overlaps enough; these

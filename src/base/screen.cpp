@@ -59,7 +59,8 @@ CScreenBase::CScreenBase()
       m_lNumPages(0), m_bPersistentMode(0), m_pBackground(nullptr), m_bBackgroundMode(0), m_lPolygonFilter(0),
       m_lPolygonMode(0), m_pTexture(nullptr), m_lTextureCoords(), m_pAlpha(nullptr), m_bAlphaMode(0), m_lClearCount(),
       m_lPersistentCount(), m_lValidateCount(), m_lClipDepth(0), m_Polygon(), m_lFirstRow(0), m_lLastRow(0), m_lLeftX(),
-      m_lRightX(), m_lLeftU(), m_lRightU(), m_lLeftV(), m_lRightV()
+      m_lRightX(), m_lLeftU(), m_lRightU(), m_lLeftV(), m_lRightV(), m_lClearFirst(), m_lPersistentFirst(),
+      m_lValidateFirst()
 {
     for (int i = 0; i < 256; ++i)
     {

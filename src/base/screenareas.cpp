@@ -28,6 +28,11 @@ struct TArea
     xlong lLeft, lTop, lRight, lBottom;
 };
 
+bool IsCancelled(const CRect &rc)
+{
+    return rc.m_lLeft == -100 && rc.m_lRight == -101;
+}
+
 CRect MakeArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
 {
     CRect rc;
@@ -40,7 +45,12 @@ CRect MakeArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
 bool MergeArea(TAreaList list, CRect &rcNew, bool bSkipEqual)
 {
     TArea area(rcNew);
-    for (xlong i = 0; i < *list.plCount; ++i)
+    xlong &lFirst = *list.plFirst;
+    if (lFirst > *list.plCount)
+        lFirst = 0;
+    while (lFirst < *list.plCount && IsCancelled(list.pAreas[lFirst]))
+        ++lFirst;
+    for (xlong i = lFirst; i < *list.plCount; ++i)
     {
         CRect &rcEntry = list.pAreas[i];
         const TArea entry(rcEntry);
@@ -61,6 +71,8 @@ bool MergeArea(TAreaList list, CRect &rcNew, bool bSkipEqual)
 
 void AppendArea(TAreaList list, const CRect &rcNew, xlong lWidth, xlong lHeight)
 {
+    if (!*list.plCount)
+        *list.plFirst = 0;
     if (*list.plCount < CScreenBase::MAX_AREAS)
     {
         list.pAreas[(*list.plCount)++] = rcNew;
@@ -68,6 +80,7 @@ void AppendArea(TAreaList list, const CRect &rcNew, xlong lWidth, xlong lHeight)
     }
     list.pAreas[0].Set(0, 0, lWidth - 1, lHeight - 1);
     *list.plCount = 1;
+    *list.plFirst = 0;
 }
 
 void CScreenBase::AddClearArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
@@ -75,7 +88,7 @@ void CScreenBase::AddClearArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBot
     if (!m_bPersistentMode || !m_pMode)
         return;
     CRect rc = MakeArea(lLeft, lTop, lRight, lBottom);
-    const TAreaList list = { m_ClearAreas[m_lPage], &m_lClearCount[m_lPage] };
+    const TAreaList list = { m_ClearAreas[m_lPage], &m_lClearCount[m_lPage], &m_lClearFirst[m_lPage] };
     if (MergeArea(list, rc, true))
         AppendArea(list, rc, m_pMode->lWidth, m_pMode->lHeight);
 }
@@ -93,11 +106,12 @@ void CScreenBase::AddClearAreaPersistent(xlong lLeft, xlong lTop, xlong lRight, 
     if (!m_pMode)
         return;
     CRect rc = MakeArea(lLeft, lTop, lRight, lBottom);
-    MergeArea({ m_PersistentAreas[m_lPage], &m_lPersistentCount[m_lPage] }, rc, false);
+    MergeArea({ m_PersistentAreas[m_lPage], &m_lPersistentCount[m_lPage], &m_lPersistentFirst[m_lPage] }, rc, false);
     // Every page shows the persistent picture, so each has to be restored.
     const xlong lPages = std::min<xlong>(m_lNumPages, PAGES);
     for (xlong i = 0; i < lPages; ++i)
-        AppendArea({ m_PersistentAreas[i], &m_lPersistentCount[i] }, rc, m_pMode->lWidth, m_pMode->lHeight);
+        AppendArea({ m_PersistentAreas[i], &m_lPersistentCount[i], &m_lPersistentFirst[i] }, rc, m_pMode->lWidth,
+                   m_pMode->lHeight);
 }
 
 void CScreenBase::AddShadowArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
@@ -117,7 +131,7 @@ void CScreenBase::ASA(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
     if (!m_pMode)
         return;
     CRect rc = MakeArea(lLeft, lTop, lRight, lBottom);
-    const TAreaList list = { m_ValidateAreas[m_lPage], &m_lValidateCount[m_lPage] };
+    const TAreaList list = { m_ValidateAreas[m_lPage], &m_lValidateCount[m_lPage], &m_lValidateFirst[m_lPage] };
     if (MergeArea(list, rc, true))
         AppendArea(list, rc, m_pMode->lWidth, m_pMode->lHeight);
 }

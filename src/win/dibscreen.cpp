@@ -149,7 +149,7 @@ public:
 
 CDibScreen::CDibScreen()
     : m_lDibCount(), m_lOffsetX(0), m_lOffsetY(0), m_pDibPal(nullptr), m_lNextModeId(1024), m_ulWindowFlags(0),
-      m_ulDefaultFlags(XWINDOW_CAPTION | XWINDOW_THICK_FRAME), m_pDib(nullptr), m_pBitmapInfo(nullptr)
+      m_ulDefaultFlags(XWINDOW_CAPTION | XWINDOW_THICK_FRAME), m_pDib(nullptr), m_pBitmapInfo(nullptr), m_lDibFirst()
 {
     m_bActive = 1;
 }
@@ -713,7 +713,7 @@ void CDibScreen::AddDibLayerArea(xlong lLeft, xlong lTop, xlong lRight, xlong lB
     CRect rc;
     rc.Set(lLeft, lTop, lRight, lBottom);
     rc.Normalize();
-    const TAreaList list = { m_DibAreas[m_lPage], &m_lDibCount[m_lPage] };
+    const TAreaList list = { m_DibAreas[m_lPage], &m_lDibCount[m_lPage], &m_lDibFirst[m_lPage] };
     if (MergeArea(list, rc, true))
         AppendArea(list, rc, m_pMode->lWidth, m_pMode->lHeight);
 }

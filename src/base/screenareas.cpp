@@ -25,6 +25,11 @@ struct TArea
         lBottom = std::max(lBottom, other.lBottom);
     }
 
+    bool Holds(const TArea &other) const
+    {
+        return lLeft <= other.lLeft && lTop <= other.lTop && lRight >= other.lRight && lBottom >= other.lBottom;
+    }
+
     xlong lLeft, lTop, lRight, lBottom;
 };
 
@@ -36,8 +41,10 @@ bool IsCancelled(const CRect &rc)
 CRect MakeArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
 {
     CRect rc;
-    rc.Set(lLeft, lTop, lRight, lBottom);
-    rc.Normalize();
+    rc.m_lLeft = std::min(lLeft, lRight);
+    rc.m_lTop = std::min(lTop, lBottom);
+    rc.m_lRight = std::max(lLeft, lRight);
+    rc.m_lBottom = std::max(lTop, lBottom);
     return rc;
 }
 } // namespace
@@ -55,17 +62,24 @@ bool MergeArea(TAreaList list, CRect &rcNew, bool bSkipEqual)
         CRect &rcEntry = list.pAreas[i];
         const TArea entry(rcEntry);
         TArea both = area;
-        both.Add(entry);
+        if (entry.Holds(area))
+            both = entry;
+        else
+            both.Add(entry);
         if (bSkipEqual && rcEntry.m_lLeft == area.lLeft && rcEntry.m_lTop == area.lTop &&
             rcEntry.m_lRight == area.lRight && rcEntry.m_lBottom == area.lBottom)
             return false;
         if (both.Area() - entry.Area() - area.Area() < 0)
         {
-            rcEntry.SetXYWH(-100, -100, 0, 0);
+            rcEntry.m_lLeft = rcEntry.m_lTop = -100;
+            rcEntry.m_lRight = rcEntry.m_lBottom = -101;
             area = both;
         }
     }
-    rcNew.Set(area.lLeft, area.lTop, area.lRight, area.lBottom);
+    rcNew.m_lLeft = area.lLeft;
+    rcNew.m_lTop = area.lTop;
+    rcNew.m_lRight = area.lRight;
+    rcNew.m_lBottom = area.lBottom;
     return true;
 }
 
@@ -116,13 +130,20 @@ void CScreenBase::AddClearAreaPersistent(xlong lLeft, xlong lTop, xlong lRight, 
 
 void CScreenBase::AddShadowArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
 {
-    CRect rc = MakeArea(lLeft, lTop, lRight, lBottom);
-    CRect rcClip = glb->m_pScreen ? glb->m_pScreen->m_rcClip : m_rcClip;
-    if (!rc.Intersect(&rc, &rcClip))
+    if (lLeft > lRight)
+        std::swap(lLeft, lRight);
+    if (lTop > lBottom)
+        std::swap(lTop, lBottom);
+    const CRect &rcClip = glb->m_pScreen ? glb->m_pScreen->m_rcClip : m_rcClip;
+    lLeft = std::max(lLeft, rcClip.m_lLeft);
+    lTop = std::max(lTop, rcClip.m_lTop);
+    lRight = std::min(lRight, rcClip.m_lRight);
+    lBottom = std::min(lBottom, rcClip.m_lBottom);
+    if (lLeft > lRight || lTop > lBottom)
         return;
     const xlong lPage = m_lPage;
     for (m_lPage = 0; m_lPage < PAGES; ++m_lPage)
-        ASA(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
+        ASA(lLeft, lTop, lRight, lBottom);
     m_lPage = lPage;
 }
 

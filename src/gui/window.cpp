@@ -205,8 +205,11 @@ xlong CWindowBase::SetFocus(CControlBase *pCntrl)
 {
     m_pFocus = pCntrl;
     m_Cntrls.Push();
-    for (m_Cntrls.First(); m_Cntrls.Exists(); m_Cntrls.Next())
-        GetCntrl()->GuiMsgHandler(XGUIMSG_FOCUS, 0, 0, GetCntrl() == pCntrl, nullptr);
+    for (m_Cntrls.First(); m_Cntrls.m_pCurr; m_Cntrls.Next())
+    {
+        CControlBase *const pEach = (CControlBase *)m_Cntrls.m_pCurr->pData;
+        pEach->GuiMsgHandler(XGUIMSG_FOCUS, 0, 0, pEach == pCntrl, nullptr);
+    }
     m_Cntrls.Pop();
     return 1;
 }
@@ -412,21 +415,20 @@ xlong CWindowBase::MouseMessage(xlong lX, xlong lY, xparam lP3, void *pData)
         return lResult;
     // On the list's own cursor: a callback may take controls out on the way.
     m_Cntrls.Push();
-    if (m_Cntrls.Last())
-        for (; m_Cntrls.Exists(); m_Cntrls.Prev())
-        {
-            CControlBase *const pCntrl = GetCntrl();
-            CRect rcArea;
-            pCntrl->GetMouseArea(&rcArea);
-            const xlong lAnswer = pCntrl->GuiMsgHandler(XGUIMSG_MOUSE, lX, lY, lP3, pData);
-            if (!lAnswer)
-                continue;
-            lResult = 1;
-            if (!m_pMouseCntrl && IsInside(rcArea, lX, lY))
-                m_pMouseCntrl = pCntrl;
-            if (lAnswer == 2)
-                break;
-        }
+    CRect rcArea;
+    for (m_Cntrls.Last(); m_Cntrls.m_pCurr; m_Cntrls.Prev())
+    {
+        CControlBase *const pCntrl = (CControlBase *)m_Cntrls.m_pCurr->pData;
+        pCntrl->GetMouseArea(&rcArea);
+        const xlong lAnswer = pCntrl->GuiMsgHandler(XGUIMSG_MOUSE, lX, lY, lP3, pData);
+        if (!lAnswer)
+            continue;
+        lResult = 1;
+        if (!m_pMouseCntrl && IsInside(rcArea, lX, lY))
+            m_pMouseCntrl = pCntrl;
+        if (lAnswer == 2)
+            break;
+    }
     m_Cntrls.Pop();
     return lResult;
 }

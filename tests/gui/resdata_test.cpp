@@ -91,10 +91,10 @@ TEST(CResDataRecords, LieWhereHostsExpectThem)
     const TResString string = {};
     const TResValue value = {};
     const TResAnim anim = {};
-    const TBitmapRes bitmap;
-    const TResColor color;
-    const TResCntrlColor set;
-    const TResFont font;
+    TBitmapRes bitmap;
+    TResColor color;
+    TResCntrlColor set;
+    TResFont font;
     EXPECT_EQ(4, OffsetOf(define, define.szName));
     EXPECT_EQ(36, OffsetOf(string, string.szText));
     EXPECT_EQ(36, OffsetOf(value, value.lValue));

@@ -484,6 +484,8 @@ T
     cp res/good.rc moved.rc
     expect 1 kcbl check moved.rc
     [ "$(grep -c 'is missing' out)" = 5 ] || fail "kcbl check: $(grep 'is missing' out)"
+    expect 0 kcbl check --files res moved.rc
+    expect 2 kcbl check --files res
     # Controls in each other and a long script: neither is too much.
     awk 'BEGIN {
         print "; script\n{ = Defines\nA = 1\n}\n{ = Window, A\nCreate = t, 0, 0, 1, 1, 0"

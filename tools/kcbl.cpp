@@ -19,7 +19,8 @@
 
 namespace
 {
-const char s_szUsage[] = R"(kcbl check FILE...               lists every fault with its line
+const char s_szUsage[] = R"(kcbl check [OPTIONS] FILE...     lists every fault with its line
+    --files DIR                  also looks for the files of resource scripts there
 kcbl fmt [OPTIONS] FILE...       writes files anew in the library's own form
     --check                      only names the files that would change
     --width N                    folds quoted strings at N columns
@@ -49,7 +50,7 @@ bool ReadInput(const std::string &strPath, std::string &strText)
     return !ferror(stdin);
 }
 
-int Check(const CTool &tool, const std::vector<std::string> &files)
+int Check(const CTool &tool, const std::vector<std::string> &files, const std::vector<std::string> &folders)
 {
     size_t ulFaults = 0, ulBadFiles = 0;
     for (const std::string &strFile : files)
@@ -57,7 +58,7 @@ int Check(const CTool &tool, const std::vector<std::string> &files)
         std::string strText;
         if (!ReadInput(strFile, strText))
             return tool.Fail(strFile, "the file can't be read");
-        const std::vector<TFault> faults = CheckScript(strText, strFile);
+        const std::vector<TFault> faults = CheckScript(strText, strFile, folders);
         for (const TFault &fault : faults)
             PrintFault(strText, strFile, fault);
         ulFaults += faults.size();
@@ -508,7 +509,7 @@ int main(int argc, char **argv)
     const std::string strCommand = args.empty() ? "" : args[0];
     bool bCheck = false;
     xlong lWidth = 0;
-    std::vector<std::string> files;
+    std::vector<std::string> files, folders;
     for (size_t ul = 1; ul < args.size(); ++ul)
     {
         if (strCommand == "fmt" && args[ul] == "--check")
@@ -519,13 +520,15 @@ int main(int argc, char **argv)
             if (lWidth < 1)
                 return tool.Usage(s_szUsage, args[ul] + ": a width is a number from 1 on");
         }
+        else if (strCommand == "check" && args[ul] == "--files" && ul + 1 < args.size())
+            folders.push_back(args[++ul]);
         else if (args[ul].size() > 1 && args[ul][0] == '-')
             return tool.Usage(s_szUsage, args[ul] + ": there is no such option");
         else
             files.push_back(args[ul]);
     }
     if (strCommand == "check" && !files.empty())
-        return Check(tool, files);
+        return Check(tool, files, folders);
     if (strCommand == "fmt" && !files.empty())
         return FormatFiles(tool, files, bCheck, lWidth);
     if (strCommand == "get" && files.size() == 2)

@@ -731,18 +731,20 @@ std::vector<TFault> CheckResource(const std::string &strText, const std::vector<
     return CChecker(strText, folders).Run();
 }
 
-std::vector<TFault> CheckScript(const std::string &strText, const std::string &strFile)
+std::vector<TFault> CheckScript(const std::string &strText, const std::string &strFile,
+                                const std::vector<std::string> &folders)
 {
     CKCBL kcbl;
     std::vector<TFault> faults = FindFaults(kcbl, strText);
     if (!IsResourceScript(strText) ||
         std::any_of(faults.begin(), faults.end(), [](const TFault &fault) { return !fault.fault.lHarmless; }))
         return faults;
-    std::vector<std::string> folders = { "" };
+    std::vector<std::string> all = folders;
+    all.push_back("");
     const size_t ulSlash = strFile.find_last_of("/\\");
     if (ulSlash != std::string::npos)
-        folders.push_back(strFile.substr(0, ulSlash));
-    for (const TFault &fault : CheckResource(strText, folders))
+        all.push_back(strFile.substr(0, ulSlash));
+    for (const TFault &fault : CheckResource(strText, all))
         faults.push_back(fault);
     return faults;
 }

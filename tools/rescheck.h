@@ -21,8 +21,9 @@ bool IsResourceScript(const std::string &strText);
 /// The faults of a resource script without faults of the language, by place.
 /// @param folders  where the files are looked for that the script names
 std::vector<TFault> CheckResource(const std::string &strText, const std::vector<std::string> &folders);
-/// Both for a script file: its own folder and the working directory are searched.
-std::vector<TFault> CheckScript(const std::string &strText, const std::string &strFile);
+/// Both for a script file: the working directory, its own folder and others are searched.
+std::vector<TFault> CheckScript(const std::string &strText, const std::string &strFile,
+                                const std::vector<std::string> &folders = {});
 
 /// "file:line:column"
 std::string PlaceOf(const std::string &strFile, const TFault &fault);

@@ -2,13 +2,17 @@
 // own writers, and close relatives of them where we only read.
 #include "support.h"
 
+#include "base/replayhooks.h"
 #include "tarvix/archive.h"
 #include "tarvix/base64.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/font.h"
 #include "tarvix/kcbl.h"
+#include "tarvix/keyboard.h"
 #include "tarvix/lzss.h"
+#include "tarvix/mouse.h"
 #include "tarvix/pictype.h"
+#include "tarvix/replay.h"
 #include "tarvix/rle.h"
 #include "tarvix/system.h"
 #include "tarvix/xiff.h"
@@ -291,6 +295,41 @@ void MakeXbfSeeds(const std::filesystem::path &folder)
     font.Save((folder / "wild.xbf").string().c_str(), 0);
 }
 
+void MakeReplaySeeds(const std::filesystem::path &folder)
+{
+    // Recorded by the library itself, through the calls of its input layers.
+    glb->m_pMouse = XNEW(CMouse);
+    glb->m_pKeyboard = XNEW(CKeyboard);
+    CReplay replay;
+    for (const char *pszName : { "plain", "full" })
+    {
+        if (!replay.Record((folder / pszName).string().c_str(), 1))
+            abort();
+        for (int nFrame = 0; nFrame < 6; ++nFrame)
+        {
+            ReplayBeginFrame();
+            glb->m_pMouse->Feed(nFrame * 7, 100 - nFrame, 0, 0, nFrame & 7);
+            replay.OnKey((unsigned short)('a' + nFrame), nFrame & 1);
+            if (*pszName == 'f')
+            {
+                xlong lX = nFrame, lY = -nFrame;
+                replay.OnPoint(&lX, &lY);
+                replay.OnState((unsigned short)(300 + nFrame), (unsigned char)(nFrame & 3));
+                replay.OnPaste("two\nlines \"\\\x80");
+            }
+            ReplayTakeInput();
+            ReplayEndFrame();
+        }
+        replay.OnClose();
+        if (!replay.Stop())
+            abort();
+    }
+    delete glb->m_pKeyboard;
+    delete glb->m_pMouse;
+    glb->m_pKeyboard = nullptr;
+    glb->m_pMouse = nullptr;
+}
+
 const struct
 {
     const char *pszName;
@@ -299,8 +338,8 @@ const struct
     { "archive", MakeArchiveSeeds }, { "base64", MakeBase64Seeds }, { "bmp", MakeBmpSeeds },
     { "debug", MakeDebugSeeds },     { "jpeg", MakeJpegSeeds },     { "kcbl", MakeKcblSeeds },
     { "lzss", MakeLzssSeeds },       { "pal", MakePalSeeds },       { "pres", MakePresSeeds },
-    { "resdata", MakeResdataSeeds }, { "rle", MakeRleSeeds },       { "uu", MakeUuSeeds },
-    { "xbf", MakeXbfSeeds },         { "xiff", MakeXiffSeeds },
+    { "resdata", MakeResdataSeeds }, { "replay", MakeReplaySeeds }, { "rle", MakeRleSeeds },
+    { "uu", MakeUuSeeds },           { "xbf", MakeXbfSeeds },       { "xiff", MakeXiffSeeds },
 };
 } // namespace
 

@@ -3,6 +3,7 @@
 #include "tarvix/alpha.h"
 #include "tarvix/globals.h"
 #include "tarvix/mouse.h"
+#include "tarvix/replay.h"
 #include "tarvix/screen.h"
 #include "tarvix/start.h"
 #include "tarvix/winctrl.h"
@@ -48,6 +49,7 @@ public:
 
     ~CTarvixHost()
     {
+        m_Replay.Stop();
         if (glb->m_pScreen)
             glb->m_pScreen->ExitMode();
         glb->m_pScreen = nullptr;
@@ -110,6 +112,34 @@ public:
         return xHandler() == 0 && !xDoUserWantToQuit();
     }
 
+    /// Lets a recording take the user's place, from the next frame on and until
+    /// IsPlaying is false. Behind SetMode and before windows are made; see replay.h.
+    /// @param bRealTime  false runs as fast as the frames come
+    /// @return false with the error stored
+    bool Play(const char *pszFile, bool bRealTime = false)
+    {
+        return m_Replay.Play(pszFile, bRealTime) != 0;
+    }
+
+    /// Starts to keep what the user does, under the same conditions as Play.
+    bool Record(const char *pszFile)
+    {
+        return m_Replay.Record(pszFile) != 0;
+    }
+
+    bool IsPlaying() const
+    {
+        return m_Replay.IsPlaying() != 0;
+    }
+
+    /// Ends either; the destructor does it too, but can't tell of a recording
+    /// that is not complete.
+    /// @return false with the error stored
+    bool StopReplay()
+    {
+        return m_Replay.Stop() != 0;
+    }
+
     /// The last error's text; never null.
     const char *Error() const
     {
@@ -158,4 +188,5 @@ private:
 
     bool m_bReady;
     bool m_bGui; ///< the window manager listens to the frame
+    CReplay m_Replay;
 };

@@ -127,6 +127,12 @@ public:
     void ClearSetCursorCalled();
     /// Frees all cursors and ids.
     void Exit();
+    /// Takes over what a mouse has done, and tells the callback: the way of
+    /// every event, real or replayed.
+    /// @param lX     new position, as lY
+    /// @param lDX    movement for GetDelta, as lDY
+    /// @param lDown  buttons that are down: XBTN_LEFT, XBTN_RIGHT, XBTN_MIDDLE
+    void Feed(xlong lX, xlong lY, xlong lDX, xlong lDY, xlong lDown);
 
     CLList m_lstCursors;       ///< of TCursor, owned
     CLList m_lstDeltaHandlers; ///< of TDeltaHandler, owned

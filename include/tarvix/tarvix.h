@@ -34,6 +34,7 @@
 #include "tarvix/pictype.h"
 #include "tarvix/radiobutton.h"
 #include "tarvix/rect.h"
+#include "tarvix/replay.h"
 #include "tarvix/resdata.h"
 #include "tarvix/rle.h"
 #include "tarvix/screen.h"

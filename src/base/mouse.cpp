@@ -1,8 +1,10 @@
 #include "tarvix/mouse.h"
 
+#include "base/replayhooks.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
+#include "tarvix/replay.h"
 #include "tarvix/screen.h"
 #include "tarvix/sprite.h"
 
@@ -261,4 +263,23 @@ void CMouseBase::Exit()
 {
     FreeAllCursors();
     m_lstDeltaHandlers.KillAllData();
+}
+
+void CMouseBase::Feed(xlong lX, xlong lY, xlong lDX, xlong lDY, xlong lDown)
+{
+    m_lX = lX;
+    m_lY = lY;
+    m_lDeltaX += lDX;
+    m_lDeltaY += lDY;
+    const xulong ulDown = (xulong)lDown & XBTN_DOWN_MASK, ulWasDown = m_ulPrevButtons & XBTN_DOWN_MASK;
+    m_bLeftDown = (ulDown & XBTN_LEFT) != 0;
+    m_bRightDown = (ulDown & XBTN_RIGHT) != 0;
+    m_bMiddleDown = (ulDown & XBTN_MIDDLE) != 0;
+    m_ulButtons &= ~(xulong)XBTN_DOWN_MASK;
+    m_ulButtons |= ulDown | (ulDown & ~ulWasDown) << 8 | (ulWasDown & ~ulDown) << 16;
+    m_ulPrevButtons = m_ulButtons;
+    if (CReplay *pReplay = ActiveReplay())
+        pReplay->OnMouse(lX, lY, lDX, lDY, (xlong)ulDown);
+    if (m_pfnUpdate)
+        m_pfnUpdate(m_lX, m_lY, (xlong)m_ulButtons);
 }

@@ -1,8 +1,10 @@
 #include "tarvix/screen.h"
 
 #include "ansi/kernels.h"
+#include "base/replayhooks.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
+#include "tarvix/replay.h"
 #include "tarvix/winctrl.h"
 
 namespace
@@ -51,6 +53,13 @@ xlong SetBuffer(CBitmap *&pBuffer, xlong &bMode, xlong lOn, const SVmode *pMode,
     }
     pBuffer = pNew;
     return 1;
+}
+
+// A replay says itself when its program was in front.
+bool MayActivate(xlong bActive)
+{
+    CReplay *const pReplay = ActiveReplay();
+    return !pReplay || pReplay->OnActive(bActive);
 }
 } // namespace
 
@@ -135,6 +144,8 @@ SVmode *CScreenBase::ModeGet()
 
 void CScreenBase::Activate()
 {
+    if (!MayActivate(1))
+        return;
     m_bActive = 1;
     xprintf(nullptr, 0, nullptr, 0, "Application activated\n");
     if (!m_pMode)
@@ -147,6 +158,8 @@ void CScreenBase::Activate()
 
 void CScreenBase::DeActivate()
 {
+    if (!MayActivate(0))
+        return;
     m_bActive = 0;
     xprintf(nullptr, 0, nullptr, 0, "Application deactivated\n");
 }

@@ -1,6 +1,8 @@
 #include "tarvix/keyboard.h"
 
+#include "base/replayhooks.h"
 #include "tarvix/globals.h"
+#include "tarvix/replay.h"
 #include "tarvix/winctrl.h"
 
 namespace
@@ -132,41 +134,68 @@ bool TakeText(CKeyboardBase &keyboard, WPARAM wVirtualKey, LPARAM lData, short s
     return true;
 }
 
+void TakeKey(CKeyboardBase &keyboard, WPARAM wVirtualKey, LPARAM lData)
+{
+    const short sDown = !(lData & 0x80000000);
+    const bool bText = TakeText(keyboard, wVirtualKey, lData, sDown);
+    unsigned short usKey = wVirtualKey < s_nVirtualKeys ? KeyOf(wVirtualKey) : 0;
+    if (!usKey)
+        return;
+    for (const TModifier &row : s_Modifiers)
+    {
+        if (usKey == row.usGeneric)
+        {
+            usKey = TakeModifier(keyboard, row, sDown);
+            break;
+        }
+    }
+    if (!bText)
+        keyboard.AddKeyToQueue(usKey, sDown, 1);
+    keyboard.SetKeyState(usKey, sDown);
+}
+
+// Events that the user causes, and not the host, are what a recording keeps.
+bool s_bUser = false;
+
+void RecordKey(CReplay &replay, CKeyboardBase &keyboard, WPARAM wVirtualKey, LPARAM lData)
+{
+    unsigned char aucBefore[CKeyboardBase::CODES];
+    memcpy(aucBefore, keyboard.m_abKeys, sizeof(aucBefore));
+    s_bUser = true;
+    TakeKey(keyboard, wVirtualKey, lData);
+    s_bUser = false;
+    for (unsigned short us = 0; us < CKeyboardBase::CODES; ++us)
+        if (keyboard.m_abKeys[us] != aucBefore[us])
+            replay.OnState(us, keyboard.m_abKeys[us]);
+}
+
 LRESULT CALLBACK KeyboardHook(int nCode, WPARAM wVirtualKey, LPARAM lData)
 {
     if (!glb || !glb->m_pKeyboard)
         return 0;
     CKeyboardBase &keyboard = *glb->m_pKeyboard;
-    if (nCode < 0 || nCode == HC_NOREMOVE)
-        return CallNextHookEx(keyboard.m_hHook, nCode, wVirtualKey, lData);
-    const short sDown = !(lData & 0x80000000);
-    const bool bText = TakeText(keyboard, wVirtualKey, lData, sDown);
-    unsigned short usKey = wVirtualKey < s_nVirtualKeys ? KeyOf(wVirtualKey) : 0;
-    if (usKey)
+    CReplay *const pReplay = ActiveReplay();
+    if (nCode >= 0 && nCode != HC_NOREMOVE)
     {
-        for (const TModifier &row : s_Modifiers)
-        {
-            if (usKey == row.usGeneric)
-            {
-                usKey = TakeModifier(keyboard, row, sDown);
-                break;
-            }
-        }
-        if (!bText)
-            keyboard.AddKeyToQueue(usKey, sDown, 1);
-        keyboard.SetKeyState(usKey, sDown);
+        if (!pReplay)
+            TakeKey(keyboard, wVirtualKey, lData);
+        else if (pReplay->IsRecording())
+            RecordKey(*pReplay, keyboard, wVirtualKey, lData);
     }
     return CallNextHookEx(keyboard.m_hHook, nCode, wVirtualKey, lData);
 }
 
-short ModifierFlags()
+short ModifierFlags(const CKeyboardBase &keyboard)
 {
+    const bool bReplayed = IsInputReplayed();
+    const auto IsHeld = [&](int nVirtualKey, unsigned short usKey)
+    { return bReplayed ? (keyboard.m_abKeys[usKey] & CKeyboardBase::IS_DOWN) != 0 : IsDown(nVirtualKey); };
     short sFlags = 0;
     for (const TModifier &row : s_Modifiers)
     {
-        if (IsDown(row.nLeftVirtualKey))
+        if (IsHeld(row.nLeftVirtualKey, row.usLeft))
             sFlags |= row.sLeftFlag;
-        if (IsDown(row.nRightVirtualKey))
+        if (IsHeld(row.nRightVirtualKey, row.usRight))
             sFlags |= row.sRightFlag;
     }
     return sFlags;
@@ -181,8 +210,14 @@ void Paste()
     char *pszText = hText ? (char *)GlobalLock(hText) : nullptr;
     if (pszText)
     {
+        if (s_bUser)
+            if (CReplay *pReplay = ActiveReplay())
+                pReplay->OnPaste(pszText);
+        // What the host does about it is its own.
+        const bool bUser = std::exchange(s_bUser, false);
         if (glb->m_pWinCtrl)
             glb->m_pWinCtrl->SendMessageA(XGUIMSG_PASTE, 0, 0, 0, pszText);
+        s_bUser = bUser;
         GlobalUnlock(hText);
     }
     CloseClipboard();
@@ -208,13 +243,17 @@ void CKeyboard::AddKeyToQueue(unsigned short usKey, short sDown, short sWithModi
         return;
     short sFlags = sDown;
     if (sWithModifiers == 1)
-        sFlags |= ModifierFlags();
+        sFlags |= ModifierFlags(*this);
     const short sNext = (short)((m_sQueueWrite + 1) % QUEUE_SLOTS);
     if (sNext == m_sQueueRead)
         return;
     m_aQueue[m_sQueueWrite].usKey = usKey;
     m_aQueue[m_sQueueWrite].lFlags = (unsigned short)sFlags;
+    const xlong lFlags = m_aQueue[m_sQueueWrite].lFlags;
     m_sQueueWrite = sNext;
+    if (s_bUser)
+        if (CReplay *pReplay = ActiveReplay())
+            pReplay->OnKey(usKey, lFlags);
     if (usKey == s_usPaste)
         Paste();
 }

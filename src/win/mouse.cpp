@@ -1,6 +1,8 @@
 #include "tarvix/mouse.h"
 
+#include "base/replayhooks.h"
 #include "tarvix/globals.h"
+#include "tarvix/replay.h"
 #include "tarvix/screen.h"
 #include "tarvix/sprite.h"
 
@@ -13,57 +15,16 @@ const xulong s_ulFollowTime = 20; // milliseconds
 // Windows reports a move when the window opens that nobody made.
 bool s_bSkipMove = true;
 
-struct TButton
-{
-    WPARAM wKey;
-    xulong ulBit;
-    xlong CMouseBase::*pbDown;
-};
-
-const TButton s_Buttons[] = { { MK_LBUTTON, XBTN_LEFT, &CMouseBase::m_bLeftDown },
-                              { MK_MBUTTON, XBTN_MIDDLE, &CMouseBase::m_bMiddleDown },
-                              { MK_RBUTTON, XBTN_RIGHT, &CMouseBase::m_bRightDown } };
-
 bool IsMouseEvent(unsigned int uMsg)
 {
     return uMsg == WM_MOUSEMOVE || uMsg == WM_LBUTTONDOWN || uMsg == WM_LBUTTONUP || uMsg == WM_RBUTTONDOWN ||
            uMsg == WM_RBUTTONUP;
 }
 
-void TakePosition(CMouseBase &mouse, const RECT &rcWindow)
+xlong ButtonsOf(xuparam wParam)
 {
-    POINT pt = {};
-    if (!GetCursorPos(&pt))
-        return;
-    const xlong lDX = pt.x - rcWindow.left - s_lCentreX, lDY = pt.y - rcWindow.top - s_lCentreY;
-    if (!lDX && !lDY)
-        return;
-    if (mouse.m_ulFlags & CMouseBase::DELTA_MODE)
-    {
-        mouse.m_lX += lDX;
-        mouse.m_lY += lDY;
-        mouse.m_lDeltaX += lDX;
-        mouse.m_lDeltaY += lDY;
-        SetCursorPos(rcWindow.left + s_lCentreX, rcWindow.top + s_lCentreY);
-        return;
-    }
-    mouse.m_lX = pt.x - mouse.m_lAddX - rcWindow.left;
-    mouse.m_lY = pt.y - mouse.m_lAddY - rcWindow.top;
-}
-
-void TakeButtons(CMouseBase &mouse, xuparam wParam)
-{
-    mouse.m_ulButtons &= ~(xulong)XBTN_DOWN_MASK;
-    for (const TButton &button : s_Buttons)
-    {
-        const bool bDown = wParam & button.wKey;
-        mouse.*button.pbDown = bDown;
-        if (bDown)
-            mouse.m_ulButtons |= button.ulBit;
-    }
-    const xulong ulDown = mouse.m_ulButtons & XBTN_DOWN_MASK, ulWasDown = mouse.m_ulPrevButtons & XBTN_DOWN_MASK;
-    mouse.m_ulButtons |= (ulDown & ~ulWasDown) << 8 | (ulWasDown & ~ulDown) << 16;
-    mouse.m_ulPrevButtons = mouse.m_ulButtons;
+    return (wParam & MK_LBUTTON ? XBTN_LEFT : 0) | (wParam & MK_RBUTTON ? XBTN_RIGHT : 0) |
+           (wParam & MK_MBUTTON ? XBTN_MIDDLE : 0);
 }
 } // namespace
 
@@ -108,6 +69,8 @@ void CMouse::SetCursor(xulong ulId, xlong lFrame)
 
 xparam CMouse::WinMsgHandler(HWND hWnd, unsigned int uMsg, xuparam wParam, xparam lParam)
 {
+    if (IsInputReplayed())
+        return 0;
     RECT rcWindow = {};
     GetWindowRect(hWnd, &rcWindow);
     if (uMsg == WM_ACTIVATEAPP && wParam == 1 && m_ulFlags & (DELTA_MODE | FULL_SCREEN))
@@ -119,10 +82,19 @@ xparam CMouse::WinMsgHandler(HWND hWnd, unsigned int uMsg, xuparam wParam, xpara
         s_bSkipMove = false;
         return 0;
     }
-    TakePosition(*this, rcWindow);
-    TakeButtons(*this, wParam);
-    if (m_pfnUpdate)
-        m_pfnUpdate(m_lX, m_lY, (xlong)m_ulButtons);
+    const xlong lDown = ButtonsOf(wParam);
+    POINT pt = {};
+    const bool bPlace = GetCursorPos(&pt);
+    const xlong lDX = pt.x - rcWindow.left - s_lCentreX, lDY = pt.y - rcWindow.top - s_lCentreY;
+    if (!bPlace || (!lDX && !lDY))
+        Feed(m_lX, m_lY, 0, 0, lDown);
+    else if (m_ulFlags & DELTA_MODE)
+    {
+        SetCursorPos(rcWindow.left + s_lCentreX, rcWindow.top + s_lCentreY);
+        Feed(m_lX + lDX, m_lY + lDY, lDX, lDY, lDown);
+    }
+    else
+        Feed(pt.x - m_lAddX - rcWindow.left, pt.y - m_lAddY - rcWindow.top, 0, 0, lDown);
     return 0;
 }
 
@@ -135,6 +107,8 @@ void CMouse::TimerHandler(xulong ulInterval)
     {
         m_lX = pt.x;
         m_lY = pt.y;
+        if (CReplay *pReplay = ActiveReplay())
+            pReplay->OnPoint(&m_lX, &m_lY);
     }
     if (m_pCurrent)
         m_pCurrent->pSprite->SetPosition(m_lX, m_lY);

@@ -1,4 +1,5 @@
 #include "base/msgsys.h"
+#include "base/replayhooks.h"
 #include "nodepool.h"
 #include "tarvix/button.h"
 #include "tarvix/dibscreen.h"
@@ -11,6 +12,7 @@
 #include "tarvix/mouse.h"
 #include "tarvix/objpool.h"
 #include "tarvix/pictype.h"
+#include "tarvix/replay.h"
 #include "tarvix/screen.h"
 #include "tarvix/static.h"
 #include "tarvix/strings.h"
@@ -33,9 +35,14 @@ LRESULT CALLBACK WindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam)
     LRESULT lResult = 0;
     if (uMsg == WM_CLOSE)
     {
+        if (CReplay *pReplay = ActiveReplay())
+            pReplay->OnClose();
         xSetUserWantToQuit(1);
         bHandled = true;
     }
+    if (uMsg == WM_ACTIVATEAPP && !wParam)
+        if (CReplay *pReplay = ActiveReplay())
+            pReplay->OnFocusLost();
     CLList *pList = sglb->m_pWinMsgList;
     if (pList)
     {
@@ -269,6 +276,7 @@ void xExit()
 
 xlong xHandler()
 {
+    ReplayBeginFrame();
     xUpdateObjTimers();
     if (glb->m_pScreen)
         glb->m_pScreen->FlipPage();
@@ -283,6 +291,7 @@ xlong xHandler()
         }
         return (xlong)msg.wParam;
     }
+    ReplayTakeInput();
 
     const xulong ulNow = xGetTime();
     // Compared as signed values, so that a clock that went back counts nothing.
@@ -298,6 +307,7 @@ xlong xHandler()
     glb->m_lXHandlerMaxWait = 0;
     glb->m_bXHandlerMaxWaitSet = 0;
     RunPools();
+    ReplayEndFrame();
     return 0;
 }
 
@@ -396,14 +406,28 @@ void ShowScreenWindow()
     }
 }
 
-xulong xGetTime()
+xulong RealTime()
 {
     return timeGetTime();
 }
 
-void xSleep(xulong ulTime)
+void RealSleep(xulong ulTime)
 {
     Sleep(ulTime);
+}
+
+xulong xGetTime()
+{
+    const CReplay *pReplay = ActiveReplay();
+    return pReplay ? pReplay->GetTime() : RealTime();
+}
+
+void xSleep(xulong ulTime)
+{
+    if (CReplay *pReplay = ActiveReplay())
+        pReplay->OnSleep(ulTime);
+    else
+        RealSleep(ulTime);
 }
 
 xulong xTimeDiff(xulong ulA, xulong ulB)

@@ -234,23 +234,30 @@ bool PaintSigns(const std::string &strFolder)
     return signs.Save(strFolder, "signs.bmp");
 }
 
-// 256 colours for the modes with a palette: a cube and the greys of the theme.
+// 256 colours for the modes with a palette: a coarse cube, and ramps of what the
+// pictures are made of.
 bool PaintPalette(const std::string &strFolder)
 {
+    static const struct
+    {
+        TColor from, to;
+        int nCount;
+    } s_Ramps[] = { { { 14, 20, 38 }, { 66, 92, 118 }, 40 },   { { 60, 84, 110 }, { 226, 150, 96 }, 36 },
+                    { { 40, 70, 100 }, { 52, 110, 140 }, 12 }, { { 24, 28, 46 }, { 76, 78, 106 }, 28 },
+                    { { 20, 24, 34 }, { 240, 244, 250 }, 40 }, { { 70, 36, 12 }, { 255, 206, 120 }, 18 },
+                    { { 16, 52, 64 }, { 130, 206, 220 }, 18 } };
     CPalette palette;
     xlong lCount = 0;
-    for (int r = 0; r < 6; ++r)
-        for (int g = 0; g < 6; ++g)
-            for (int b = 0; b < 6; ++b)
-            {
-                const TRGBA Color((unsigned char)(51 * r), (unsigned char)(51 * g), (unsigned char)(51 * b));
-                palette.SetIndex(&Color, lCount++);
-            }
-    for (int n = 0; lCount < 256; ++n)
+    const auto Add = [&](const TColor &color)
     {
-        const TRGBA Color((unsigned char)(14 + 5 * n), (unsigned char)(18 + 5 * n), (unsigned char)(30 + 5 * n));
+        const TRGBA Color((unsigned char)color.nRed, (unsigned char)color.nGreen, (unsigned char)color.nBlue);
         palette.SetIndex(&Color, lCount++);
-    }
+    };
+    for (int n = 0; n < 64; ++n)
+        Add({ n / 16 * 85, n / 4 % 4 * 85, n % 4 * 85 });
+    for (const auto &ramp : s_Ramps)
+        for (int n = 0; n < ramp.nCount; ++n)
+            Add(Mix(ramp.from, ramp.to, n, ramp.nCount - 1));
     CBitmap swatch;
     if (!swatch.CreateIndex(16, 16, 8, &palette, 0))
         return false;

@@ -13,20 +13,27 @@
 
 namespace
 {
-const char s_szUsage[] = "gallery [--depth 8|16|24] [--script FILE] [--frames N] [--shot FILE.bmp] [--messages]\n"
+const char s_szUsage[] = "gallery [--depth 8|16|24] [--script FILE] [--play FILE | --record FILE] [--real-time]\n"
+                         "        [--frames N] [--shot FILE.bmp] [--messages]\n"
                          "  --depth     bits of a pixel; 24 if not given\n"
                          "  --script    another script in the place of gallery.txt; its pictures lie beside it\n"
+                         "  --play      do what a recording says, and stop at its end\n"
+                         "  --real-time play at the pace of the recording\n"
+                         "  --record    keep what the user does in a file that --play takes\n"
                          "  --frames    stop after so many frames, each a fixed step of time\n"
                          "  --shot      write the last frame to a file\n"
                          "  --messages  print each message of the windows: number, window, control\n"
                          "  --art DIR   only paint the pictures, into a folder\n";
 
+const long s_lFrameTime = 20; // milliseconds
+
 struct TOptions
 {
     long lDepth = 24;
     long lFrames = 0;
-    std::string strScript, strShot, strArt;
+    std::string strScript, strShot, strArt, strPlay, strRecord;
     bool bMessages = false;
+    bool bRealTime = false;
 };
 
 // @return 0 to go on, otherwise the exit code plus 1
@@ -42,6 +49,12 @@ int ReadOptions(int argc, char **argv, TOptions &options)
         }
         if (!strcmp(argv[i], "--messages"))
             options.bMessages = true;
+        else if (!strcmp(argv[i], "--real-time"))
+            options.bRealTime = true;
+        else if (!strcmp(argv[i], "--play") && *pszValue && options.strRecord.empty())
+            options.strPlay = argv[++i];
+        else if (!strcmp(argv[i], "--record") && *pszValue && options.strPlay.empty())
+            options.strRecord = argv[++i];
         else if (!strcmp(argv[i], "--depth") &&
                  (!strcmp(pszValue, "8") || !strcmp(pszValue, "16") || !strcmp(pszValue, "24")))
             options.lDepth = atol(argv[++i]);
@@ -68,8 +81,9 @@ bool EnterFolder(TOptions &options, const char *pszProgram)
 {
     namespace fs = std::filesystem;
     std::error_code error;
-    if (!options.strShot.empty())
-        options.strShot = fs::absolute(options.strShot, error).string();
+    for (std::string *pName : { &options.strShot, &options.strPlay, &options.strRecord })
+        if (!pName->empty())
+            *pName = fs::absolute(*pName, error).string();
     fs::path script = options.strScript;
     if (script.empty())
         script = fs::path(pszProgram).parent_path() / "gallery_files" / "gallery.txt";
@@ -99,6 +113,19 @@ bool Save(const std::string &strFile)
         return false;
     return shot.Save(strFile.c_str(), nullptr, nullptr, nullptr, 0) != 0;
 }
+// A number of frames without a user is a recording in which nothing happens.
+bool StartReplay(CTarvixHost &host, const TOptions &options)
+{
+    if (!options.strRecord.empty())
+        return host.Record(options.strRecord.c_str());
+    if (!options.strPlay.empty())
+        return host.Play(options.strPlay.c_str(), options.bRealTime);
+    if (!options.lFrames)
+        return true;
+    const std::string strText = "tarvix-replay 1\nstep " + std::to_string(s_lFrameTime) + "\nstart 799 599\n" +
+                                std::to_string(options.lFrames) + " end\n";
+    return host.PlayText(strText.c_str(), "--frames", options.bRealTime);
+}
 } // namespace
 
 int main(int argc, char **argv)
@@ -115,16 +142,17 @@ int main(int argc, char **argv)
         return host.Fail();
     if (!std::filesystem::exists("desktop.bmp") && !PaintArt("."))
         return host.Fail();
+    if (!StartReplay(host, options))
+        return host.Fail();
     CGallery gallery(options.bMessages);
     if (!gallery.Load(options.strScript.c_str()))
         return host.Fail();
-    SetMinimumFrameTime(options.lFrames ? 0 : 20);
+    const bool bPlaying = host.IsPlaying();
+    SetMinimumFrameTime(bPlaying ? 0 : s_lFrameTime);
     for (long lFrame = 1;; ++lFrame)
     {
         gallery.Step();
-        if (!host.Frame())
-            break;
-        if (options.lFrames && lFrame >= options.lFrames)
+        if (!host.Frame() || (bPlaying && !host.IsPlaying()) || (options.lFrames && lFrame >= options.lFrames))
             break;
     }
     if (!options.strShot.empty())
@@ -134,5 +162,5 @@ int main(int argc, char **argv)
         if (!Save(options.strShot))
             return host.Fail();
     }
-    return 0;
+    return host.StopReplay() ? 0 : host.Fail();
 }

@@ -9,6 +9,7 @@
 #include "tarvix/winctrl.h"
 
 #include <stdio.h>
+#include <string.h>
 
 #ifdef _WIN32
 extern "C" __declspec(dllimport) HINSTANCE __stdcall GetModuleHandleA(const char *pszName);
@@ -119,6 +120,13 @@ public:
     bool Play(const char *pszFile, bool bRealTime = false)
     {
         return m_Replay.Play(pszFile, bRealTime) != 0;
+    }
+
+    /// The same with the text of a recording.
+    /// @param pszName  for error texts
+    bool PlayText(const char *pszText, const char *pszName, bool bRealTime = false)
+    {
+        return m_Replay.PlayText(pszText, (xulong)strlen(pszText), pszName, bRealTime) != 0;
     }
 
     /// Starts to keep what the user does, under the same conditions as Play.

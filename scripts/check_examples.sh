@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# check_examples.sh linux|win32: runs the examples and looks at what they draw.
-# linux: every mode without a display. win32: the same pixels under Wine.
+# check_examples.sh linux|asan|win32: runs the examples and looks at what they draw.
+# linux: every mode without a display. asan: the gallery's session under the
+# sanitizers. win32: the same pixels and messages under Wine.
 set -u -o pipefail
 cd "$(dirname "$0")/.."
 . scripts/common.sh
@@ -105,14 +106,105 @@ check_win32() {
     rm -f build/win32/bin/.pal.tab
 }
 
+session=$top/examples/gallery/session.txt
+
+# play NAME DEPTH PROGRAM [ARGUMENT...]: the gallery's session; its picture and its messages.
+play() {
+    local name=$1 depth=$2
+    shift 2
+    rm -f "$shots/gallery-$name-$depth.bmp"
+    SDL_VIDEODRIVER=dummy timeout 120 "$@" --depth "$depth" --play "$session" --messages \
+        --shot "$shots/gallery-$name-$depth.bmp" | tr -d '\r' >"$shots/gallery-$name-$depth.txt" ||
+        fail "gallery, $name, $depth bits: failed"
+}
+
+# same_as NAME OTHER: pictures and messages of two plays.
+same_as() {
+    local depth kind
+    for depth in 8 16 24; do
+        for kind in bmp txt; do
+            cmp "$shots/gallery-$1-$depth.$kind" "$shots/gallery-$2-$depth.$kind" ||
+                fail "gallery at $depth bits: $1 and $2 differ"
+        done
+    done
+}
+
+# The folder as a program of the other system would have left it.
+make_windows_folder() { # FOLDER
+    local file
+    mkdir -p "$1/GFX"
+    for file in "$bin/gallery_files/"*.bmp "$bin/gallery_files/"*.xbf; do
+        file=$(basename "$file")
+        cp "$bin/gallery_files/$file" "$1/GFX/$(tr '[:lower:]' '[:upper:]' <<<"$file")"
+    done
+    mv "$1/GFX/DESKTOP.BMP" "$1/GFX/MOTH1.BMP" "$1/GFX/MOTH2.BMP" "$1/"
+    sed -E 's/= ([a-z_0-9]+\.(bmp|xbf))/= Gfx\\\1/; s/$/\r/' "$bin/gallery_files/gallery.txt" >"$1/Gallery.Txt"
+}
+
+check_gallery() {
+    local depth
+    make_windows_folder "$work/windows"
+    cp -r "$bin/gallery_files" "$work/packed"
+    "$bin/pres" pack "$work/packed/gallery.txt" "$work/packed/gallery.res" >"$work/out" || fail "pres failed"
+    for depth in 8 16 24; do
+        play linux "$depth" "$bin/gallery"
+        play windows-folder "$depth" "$bin/gallery" --script "$work/windows/GALLERY.TXT"
+        play packed "$depth" "$bin/gallery" --script "$work/packed/gallery.res"
+        check_gallery_messages "$depth"
+    done
+    same_as linux windows-folder
+    same_as linux packed
+    "$bin/kcbl" check "$bin/gallery_files/gallery.txt" >"$work/out" || fail "gallery.txt: $(cat "$work/out")"
+    # What is recorded plays again.
+    SDL_VIDEODRIVER=dummy timeout 60 "$bin/gallery" --record "$work/recorded" --frames 20 --shot "$work/a.bmp" &&
+        SDL_VIDEODRIVER=dummy timeout 60 "$bin/gallery" --play "$work/recorded" --shot "$work/b.bmp" &&
+        cmp "$work/a.bmp" "$work/b.bmp" || fail "gallery: a recording differs from its session"
+}
+
+# The clicks of the session, in order: window and control of each message 2.
+check_gallery_messages() { # DEPTH
+    local clicks
+    clicks=$(sed -n 's/^2 [0-9]* //p' "$shots/gallery-linux-$1.txt" | uniq | tr '\n' ' ')
+    clicks=${clicks/107 107/107}
+    case $clicks in
+    "101 105 107 103 109 902 502 1002 ") ;;
+    *) fail "gallery at $1 bits: the clicks were $clicks" ;;
+    esac
+}
+
+check_gallery_asan() {
+    local depth
+    bin=$top/build/linux-asan/bin
+    for depth in 8 16 24; do
+        ASAN_OPTIONS=detect_leaks=1 play asan "$depth" "$bin/gallery"
+    done
+    same_as linux asan
+}
+
+check_gallery_win32() {
+    local depth
+    cd build/win32/bin || exit 1
+    rm -f gallery_files/*.bmp gallery_files/*.tab
+    for depth in 8 16 24; do
+        play win32 "$depth" with_display wine32 ./gallery.exe
+    done
+    cd "$top" || exit 1
+    same_as linux win32
+}
+
 case "${1:-}" in
 linux)
     check_modes
     check_pictures
+    check_gallery
     ;;
-win32) check_win32 ;;
+asan) check_gallery_asan ;;
+win32)
+    check_win32
+    check_gallery_win32
+    ;;
 *)
-    echo "usage: check_examples.sh linux|win32" >&2
+    echo "usage: check_examples.sh linux|asan|win32" >&2
     exit 2
     ;;
 esac

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <string>
 
 namespace
@@ -258,6 +259,8 @@ bool PaintPalette(const std::string &strFolder)
     for (const auto &ramp : s_Ramps)
         for (int n = 0; n < ramp.nCount; ++n)
             Add(Mix(ramp.from, ramp.to, n, ramp.nCount - 1));
+    // The table of an earlier palette of this name would be taken for this one's.
+    std::remove((strFolder + "/dusk.tab").c_str());
     CBitmap swatch;
     if (!swatch.CreateIndex(16, 16, 8, &palette, 0))
         return false;

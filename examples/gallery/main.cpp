@@ -5,6 +5,7 @@
 #include "tarvix/bitmap.h"
 #include "tarvix/host.h"
 #include "tarvix/pictype.h"
+#include "tarvix/system.h"
 
 #include <filesystem>
 #include <stdlib.h>
@@ -140,7 +141,7 @@ int main(int argc, char **argv)
         return PaintArt(options.strArt.c_str()) ? 0 : host.Fail();
     if (!host.SetMode(800, 600, options.lDepth))
         return host.Fail();
-    if (!std::filesystem::exists("desktop.bmp") && !PaintArt("."))
+    if (!xFileExists("desktop.bmp") && !PaintArt("."))
         return host.Fail();
     if (!StartReplay(host, options))
         return host.Fail();

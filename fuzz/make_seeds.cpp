@@ -258,6 +258,28 @@ void MakeResdataSeeds(const std::filesystem::path &folder)
                                 "{ = Colors\nR = mauve\n}\n{ = Defaults\nFont = F\n}\n");
 }
 
+void MakeDialogSeeds(const std::filesystem::path &folder)
+{
+    Write(folder / "all.rc",
+          "{ = Defines\nW = 1\nV = 2\nA = 3\nB = 4\nC = 5\nD = 6\nE = 7\n}\n{ = Fonts\nF = f.xbf\n}\n"
+          "{ = Bitmaps\nP = p.bmp, 0, 0, -1, -1\n}\n{ = Colors\nS = red, red, red, blue, red, red, grey, red\n}\n"
+          "{ = Defaults\nFont = F\nCheck = P\nClose = P, P, P, P\n}\n"
+          "{ = Window, W\nCreate = \"AA\", 5, 5, 99, 80, XWIN_TITLEBAR|XWIN_FRAME|XWIN_BORDER|XWIN_CLOSE|XWIN_DRAG\n"
+          "TitlebarFlags = CNTRL_HASBITMAP|CNTRL_TILED\nTitlebarBitmap = P, P, P, P\n"
+          "FrameFlags = CNTRL_HASBITMAP\nFrameBitmap = P, P, P, P\nColors = S, S, S, S\n"
+          "{ = Button, A\nCreate = \"AB\", 2, 2, 40, 12, XKEY_ENTER, CNTRL_EXTRUDED|CNTRL_CENTERH\n"
+          "Bitmap = P, P, P, P\nTextColor = red\nFont = F\nAlpha = 20\nColors = S, S, S, S\n}\n"
+          "{ = Groupbox, B\nCreate = \"A\", 2, 20, 60, 40, CNTRL_EXTRUDED\n"
+          "{ = Radio, C\nCreate = \"A B\", 2, 2, 30, 9, 8, 0, 0\n{ = Caption\nFlags = 2\n}\n}\n}\n"
+          "{ = Checkbox, D\nCreate = \"B\", 50, 2, 40, 12, 0, XKEY_F1, 0\n}\n}\n");
+    Write(folder / "more.rc",
+          "{ = Defines\nW = 1\nA = 3\nB = 4\nC = 5\n}\n{ = Fonts\nF = f.xbf\n}\n{ = Defaults\nFont = F\n}\n"
+          "{ = Window, W\nCreate = \"\", 0, 0, 99, 80, XWIN_FRAME|XWIN_ALPHA|XWIN_MODAL\n"
+          "{ = Scrolltext, A\nCreate = \"ABAB\", 2, 2, 40, 12, 1, CNTRL_TRANSPARENT\nDelay = 30\nText = \"BA\"\n}\n"
+          "{ = URL, B\nCreate = \"AB\", \"a@b\", 2, 20, 40, 12, XKEY_TAB, CNTRL_TABSTOP\nTextBufferSize = 9\n}\n"
+          "CreateStatic = C, \"A\", 50, 50, 20, 20, CNTRL_EXTRUDED\n}\n");
+}
+
 void MakePresSeeds(const std::filesystem::path &folder)
 {
     CLzss lzss;
@@ -335,11 +357,12 @@ const struct
     const char *pszName;
     void (*pfnMake)(const std::filesystem::path &folder);
 } s_Makers[] = {
-    { "archive", MakeArchiveSeeds }, { "base64", MakeBase64Seeds }, { "bmp", MakeBmpSeeds },
-    { "debug", MakeDebugSeeds },     { "jpeg", MakeJpegSeeds },     { "kcbl", MakeKcblSeeds },
-    { "lzss", MakeLzssSeeds },       { "pal", MakePalSeeds },       { "pres", MakePresSeeds },
-    { "resdata", MakeResdataSeeds }, { "replay", MakeReplaySeeds }, { "rle", MakeRleSeeds },
-    { "uu", MakeUuSeeds },           { "xbf", MakeXbfSeeds },       { "xiff", MakeXiffSeeds },
+    { "archive", MakeArchiveSeeds }, { "base64", MakeBase64Seeds },   { "bmp", MakeBmpSeeds },
+    { "dialog", MakeDialogSeeds },   { "debug", MakeDebugSeeds },     { "jpeg", MakeJpegSeeds },
+    { "kcbl", MakeKcblSeeds },       { "lzss", MakeLzssSeeds },       { "pal", MakePalSeeds },
+    { "pres", MakePresSeeds },       { "resdata", MakeResdataSeeds }, { "replay", MakeReplaySeeds },
+    { "rle", MakeRleSeeds },         { "uu", MakeUuSeeds },           { "xbf", MakeXbfSeeds },
+    { "xiff", MakeXiffSeeds },
 };
 } // namespace
 

@@ -70,7 +70,7 @@ void DrawCheck(const TCheckParts &parts, xlong lX, xlong lY, xlong lPage)
     const int nLook = CheckLookOf(control.m_lState);
     if (!parts.pCaption)
     {
-        DrawButton(control, PlaceOf(control, lX, lY), nLook, true);
+        DrawButton(control, PlaceOf(control, lX, lY), nLook, PANEL_BORDER);
         return;
     }
     const TPlace box = CheckBoxPlace(parts, lX, lY);

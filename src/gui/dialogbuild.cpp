@@ -37,6 +37,14 @@ bool GetPlace(CResData *pRes, xlong lIndex, TCreateData &data)
            pRes->GetLong(lIndex + 2, &data.lWidth) && pRes->GetLong(lIndex + 3, &data.lHeight);
 }
 
+// Of a radio button or a check box.
+bool GetBoxData(CResData *pRes, TCreateData &data)
+{
+    data.pszText = pRes->GetString(0);
+    return data.pszText && GetPlace(pRes, 1, data) && pRes->GetLong(5, &data.lNumber) &&
+           pRes->GetHotkey(6, &data.sHotkey) && pRes->GetResFlags(7, &data.lFlags);
+}
+
 xlong NoData(CResData *pRes, const TGuiCtrl *pGuiCtrl)
 {
     return glb->m_Error.SetErrorf("Unable to get the create data for \"%s\"", NameOf(pRes, pGuiCtrl));
@@ -171,9 +179,7 @@ xlong CDialog::GetRadiobtn(CResData *pRes, TGuiCtrl *pGuiCtrl)
     if (!FindCreate(pRes, "\"Create\" keyword missing for button cntrl"))
         return 0;
     TCreateData data = {};
-    data.pszText = pRes->GetString(0);
-    if (!data.pszText || !GetPlace(pRes, 1, data) || !pRes->GetLong(5, &data.lNumber) ||
-        !pRes->GetHotkey(6, &data.sHotkey) || !pRes->GetResFlags(7, &data.lFlags))
+    if (!GetBoxData(pRes, data))
         return NoData(pRes, pGuiCtrl);
     CRadiobutton *const pRadio = (CRadiobutton *)pGuiCtrl->pCtrl;
     return pRadio->Create(pGuiCtrl->lID, data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, data.lNumber,
@@ -186,9 +192,7 @@ xlong CDialog::GetCheckbox(CResData *pRes, TGuiCtrl *pGuiCtrl)
     if (!FindCreate(pRes, "\"Create\" keyword missing for checkbox cntrl"))
         return 0;
     TCreateData data = {};
-    data.pszText = pRes->GetString(0);
-    if (!data.pszText || !GetPlace(pRes, 1, data) || !pRes->GetLong(5, &data.lNumber) ||
-        !pRes->GetHotkey(6, &data.sHotkey) || !pRes->GetResFlags(7, &data.lFlags))
+    if (!GetBoxData(pRes, data))
         return NoData(pRes, pGuiCtrl);
     CCheckbox *const pBox = (CCheckbox *)pGuiCtrl->pCtrl;
     return pBox->Create(pGuiCtrl->lID, data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, data.lNumber,

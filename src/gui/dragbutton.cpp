@@ -29,26 +29,12 @@ xlong CDragbutton::SetDefault()
 
 xlong CDragbutton::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, void *pData)
 {
-    if (m_lState == XGUI_DISABLED || m_lState == XGUI_HIDDEN)
-        return 0;
-    switch (lMsg)
-    {
-    case XGUIMSG_KEY:
-        return ButtonKey(*this, lP3);
-    case XGUIMSG_MOUSE:
-        return ButtonMouse(*this, s_Knob, lP1, lP2, lP3);
-    }
-    return 0;
+    return ButtonMessage(*this, s_Knob, lMsg, lP1, lP2, lP3);
 }
 
 xlong CDragbutton::Draw(xlong lX, xlong lY, xlong lPage)
 {
-    if (!CanDraw(*this, lPage))
-        return 0;
-    if (m_lState == XGUI_HIDDEN)
-        return 1;
-    DrawButton(*this, PlaceOf(*this, lX, lY), LookOf(m_lState), false);
-    return CControlBase::Draw(lX, lY, lPage);
+    return DrawButtonControl(*this, lX, lY, lPage, 0);
 }
 
 void CDragbutton::DrawExtruded(xlong lX, xlong lY, TCntrlColor *pColors)

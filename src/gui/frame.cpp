@@ -63,16 +63,7 @@ xlong CFrame::Draw(xlong lX, xlong lY, xlong lPage)
         return 0;
     if (m_lState == XGUI_HIDDEN)
         return 1;
-    const TPlace place = PlaceOf(*this, lX, lY);
-    const int nLook = LookOf(m_lState);
-    TCntrlColor *const pColors = nLook < 0 ? nullptr : m_Look.m_pColors[nLook];
-    DrawFace(*this, place, pColors ? &pColors->crFace : nullptr);
-    DrawAlpha(*this, place);
-    const bool bExtruded = (m_lFlags & CNTRL_EXTRUDED) != 0;
-    if (bExtruded)
-        DrawExtruded(lX, lY, pColors);
-    DrawLookBitmap(*this, place, nLook);
-    DrawControlText(*this, place.Inset(bExtruded ? m_Look.m_lBevel : 0), 0);
+    DrawControlText(*this, DrawPanel(*this, PlaceOf(*this, lX, lY), LookOf(m_lState), PANEL_BORDER | PANEL_ALPHA), 0);
     return CControlBase::Draw(lX, lY, lPage);
 }
 

@@ -72,15 +72,7 @@ xlong CGroupbox::Draw(xlong lX, xlong lY, xlong lPage)
         return 0;
     if (m_lState == XGUI_HIDDEN)
         return 1;
-    const TPlace place = PlaceOf(*this, lX, lY);
-    const int nLook = LookOf(m_lState);
-    const TCntrlColor *const pColors = nLook < 0 ? nullptr : m_Look.m_pColors[nLook];
-    DrawFace(*this, place, pColors ? &pColors->crFace : nullptr);
-    const bool bExtruded = (m_lFlags & CNTRL_EXTRUDED) != 0;
-    if (bExtruded)
-        DrawBevel(*this, place, pColors, BEVEL_RAISED);
-    DrawLookBitmap(*this, place, nLook);
-    DrawControlText(*this, place.Inset(bExtruded ? m_Look.m_lBevel : 0), 0);
+    DrawControlText(*this, DrawPanel(*this, PlaceOf(*this, lX, lY), LookOf(m_lState), 0), 0);
     for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
         RadioOf(pNode)->Draw(lX, lY, lPage);
     return CControlBase::Draw(lX, lY, lPage);

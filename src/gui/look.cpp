@@ -120,17 +120,29 @@ xlong TextStyle(xlong lFlags)
     return (lFlags & CNTRL_CENTERH ? FONT_CENTERH : 0) | (lFlags & CNTRL_CENTERV ? FONT_CENTERV : 0);
 }
 
-void DrawButton(CControlBase &control, const TPlace &place, int nLook, bool bBorder)
+TCntrlColor *ColorsOf(const CControlBase &control, int nLook)
 {
-    const TCntrlColor *const pColors = nLook < 0 ? nullptr : control.m_Look.m_pColors[nLook];
+    return nLook < 0 ? nullptr : control.m_Look.m_pColors[nLook];
+}
+
+TPlace DrawPanel(CControlBase &control, const TPlace &place, int nLook, int nOptions)
+{
+    const TCntrlColor *const pColors = ColorsOf(control, nLook);
     DrawFace(control, place, pColors ? &pColors->crFace : nullptr);
+    if (nOptions & PANEL_ALPHA)
+        DrawAlpha(control, place);
     const bool bExtruded = (control.m_lFlags & CNTRL_EXTRUDED) != 0;
-    if (bExtruded && bBorder)
+    if (bExtruded && (nOptions & PANEL_BORDER))
         DrawButtonBevel(control, place, pColors);
     else if (bExtruded)
         DrawBevel(control, place, pColors, BEVEL_RAISED);
     DrawLookBitmap(control, place, nLook);
-    TPlace text = place.Inset(bExtruded ? control.m_Look.m_lBevel : 0);
+    return place.Inset(bExtruded ? control.m_Look.m_lBevel : 0);
+}
+
+void DrawButton(CControlBase &control, const TPlace &place, int nLook, int nOptions)
+{
+    TPlace text = DrawPanel(control, place, nLook, nOptions);
     if (nLook == XLOOK_PRESSED)
     {
         ++text.lX;
@@ -139,4 +151,14 @@ void DrawButton(CControlBase &control, const TPlace &place, int nLook, bool bBor
         --text.lHeight;
     }
     DrawControlText(control, text, TextStyle(control.m_lFlags));
+}
+
+xlong DrawButtonControl(CControlBase &control, xlong lX, xlong lY, xlong lPage, int nOptions)
+{
+    if (!CanDraw(control, lPage))
+        return 0;
+    if (control.m_lState == XGUI_HIDDEN)
+        return 1;
+    DrawButton(control, PlaceOf(control, lX, lY), LookOf(control.m_lState), nOptions);
+    return control.CControlBase::Draw(lX, lY, lPage);
 }

@@ -60,6 +60,20 @@ void DrawLookBitmap(CControlBase &control, const TPlace &place, int nLook);
 void DrawControlText(const CControlBase &control, const TPlace &place, xlong lStyle);
 /// FONT_ style of the flags for centred text.
 xlong TextStyle(xlong lFlags);
-/// Face, bevel, bitmap and text as a button shows them, with a look of the
-/// arrays; -1 draws the text alone. The text moves by one pixel in a pressed look.
-void DrawButton(CControlBase &control, const TPlace &place, int nLook, bool bBorder);
+/// Colours of a look; null for -1.
+TCntrlColor *ColorsOf(const CControlBase &control, int nLook);
+
+enum
+{
+    PANEL_BORDER = 1, ///< CNTRL_BUTTONBORDER counts
+    PANEL_ALPHA = 2   ///< so does CNTRL_ALPHA
+};
+
+/// Face, bevel and bitmap of a look.
+/// @param nOptions  PANEL_...
+/// @return where the text goes: the place inside the bevel
+TPlace DrawPanel(CControlBase &control, const TPlace &place, int nLook, int nOptions);
+/// A panel with the text as a button shows it: it moves by one pixel in a pressed look.
+void DrawButton(CControlBase &control, const TPlace &place, int nLook, int nOptions);
+/// The whole Draw of a button.
+xlong DrawButtonControl(CControlBase &control, xlong lX, xlong lY, xlong lPage, int nOptions);

@@ -14,57 +14,6 @@ enum
     PRESS_ARMED,
     PRESS_HOTKEY
 };
-} // namespace
-
-int TakeHotKey(CControlBase &control, xparam lP3)
-{
-    const TQueueChar *const pKey = (const TQueueChar *)lP3;
-    if (!pKey || pKey->usKey != (unsigned short)control.m_sHotkey)
-        return HOTKEY_NONE;
-    if (pKey->lFlags & XKEYF_DOWN)
-    {
-        control.m_lPressMode = PRESS_HOTKEY;
-        return HOTKEY_DOWN;
-    }
-    if (control.m_lPressMode != PRESS_HOTKEY)
-        return HOTKEY_NONE;
-    control.m_lPressMode = PRESS_IDLE;
-    return HOTKEY_UP;
-}
-
-bool IsHotKeyDown(const CControlBase &control, xparam lP3)
-{
-    const TQueueChar *const pKey = (const TQueueChar *)lP3;
-    return pKey && pKey->usKey == (unsigned short)control.m_sHotkey && (pKey->lFlags & XKEYF_DOWN);
-}
-
-void Tell(CControlBase &control, xlong lMsg)
-{
-    if (glb->m_pWinCtrl)
-        glb->m_pWinCtrl->SendMessageA(lMsg, control.m_lWindowID, control.m_lID, control.m_lMsgSystem, nullptr);
-}
-
-bool IsOnKeyColour(const CControlBase &control, xlong lX, xlong lY)
-{
-    const CBitmap *const pBitmap = control.m_Look.m_pBitmap[XLOOK_RELEASED];
-    if (!pBitmap || !pBitmap->m_pData)
-        return false;
-    lX -= control.m_lX;
-    lY -= control.m_lY;
-    if (lX < 0 || lY < 0 || lX >= pBitmap->m_lWidth || lY >= pBitmap->m_lHeight)
-        return true;
-    if (pBitmap->m_lDepth != 16 && pBitmap->m_lDepth != 24)
-        return false;
-    const size_t ulBytes = (size_t)pBitmap->m_lDepth / 8;
-    const unsigned char *const pPixel = pBitmap->m_pData + (size_t)lY * pBitmap->m_lPitch + (size_t)lX * ulBytes;
-    return memcmp(pPixel, pBitmap->m_pData, ulBytes) == 0;
-}
-
-bool IsSeeThroughButton(const CControlBase &control, xlong lWanted)
-{
-    return (control.m_lFlags & lWanted) == lWanted && !(control.m_lFlags & (CNTRL_EXTRUDED | CNTRL_BTNTRANSCLICK));
-}
-
 xlong ButtonKey(CControlBase &control, xparam lP3)
 {
     switch (TakeHotKey(control, lP3))
@@ -154,6 +103,70 @@ xlong ButtonMouse(CControlBase &control, const TPressRules &rules, xlong lX, xlo
     }
     control.Invalidate();
     return lResult;
+}
+} // namespace
+
+int TakeHotKey(CControlBase &control, xparam lP3)
+{
+    const TQueueChar *const pKey = (const TQueueChar *)lP3;
+    if (!pKey || pKey->usKey != (unsigned short)control.m_sHotkey)
+        return HOTKEY_NONE;
+    if (pKey->lFlags & XKEYF_DOWN)
+    {
+        control.m_lPressMode = PRESS_HOTKEY;
+        return HOTKEY_DOWN;
+    }
+    if (control.m_lPressMode != PRESS_HOTKEY)
+        return HOTKEY_NONE;
+    control.m_lPressMode = PRESS_IDLE;
+    return HOTKEY_UP;
+}
+
+bool IsHotKeyDown(const CControlBase &control, xparam lP3)
+{
+    const TQueueChar *const pKey = (const TQueueChar *)lP3;
+    return pKey && pKey->usKey == (unsigned short)control.m_sHotkey && (pKey->lFlags & XKEYF_DOWN);
+}
+
+void Tell(CControlBase &control, xlong lMsg)
+{
+    if (glb->m_pWinCtrl)
+        glb->m_pWinCtrl->SendMessageA(lMsg, control.m_lWindowID, control.m_lID, control.m_lMsgSystem, nullptr);
+}
+
+bool IsOnKeyColour(const CControlBase &control, xlong lX, xlong lY)
+{
+    const CBitmap *const pBitmap = control.m_Look.m_pBitmap[XLOOK_RELEASED];
+    if (!pBitmap || !pBitmap->m_pData)
+        return false;
+    lX -= control.m_lX;
+    lY -= control.m_lY;
+    if (lX < 0 || lY < 0 || lX >= pBitmap->m_lWidth || lY >= pBitmap->m_lHeight)
+        return true;
+    if (pBitmap->m_lDepth != 16 && pBitmap->m_lDepth != 24)
+        return false;
+    const size_t ulBytes = (size_t)pBitmap->m_lDepth / 8;
+    const unsigned char *const pPixel = pBitmap->m_pData + (size_t)lY * pBitmap->m_lPitch + (size_t)lX * ulBytes;
+    return memcmp(pPixel, pBitmap->m_pData, ulBytes) == 0;
+}
+
+bool IsSeeThroughButton(const CControlBase &control, xlong lWanted)
+{
+    return (control.m_lFlags & lWanted) == lWanted && !(control.m_lFlags & (CNTRL_EXTRUDED | CNTRL_BTNTRANSCLICK));
+}
+
+xlong ButtonMessage(CControlBase &control, const TPressRules &rules, xlong lMsg, xlong lP1, xlong lP2, xparam lP3)
+{
+    if (control.m_lState == XGUI_DISABLED || control.m_lState == XGUI_HIDDEN)
+        return 0;
+    switch (lMsg)
+    {
+    case XGUIMSG_KEY:
+        return ButtonKey(control, lP3);
+    case XGUIMSG_MOUSE:
+        return ButtonMouse(control, rules, lP1, lP2, lP3);
+    }
+    return 0;
 }
 
 xlong DecorKey(CControlBase &control, xparam lP3)

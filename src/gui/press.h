@@ -47,10 +47,8 @@ struct TPressRules
     bool bInactiveHighlights; ///< m_bHighlightIfInactive counts in an inactive window
 };
 
-/// The key message of a button.
-xlong ButtonKey(CControlBase &control, xparam lP3);
-/// The mouse message of a button.
-xlong ButtonMouse(CControlBase &control, const TPressRules &rules, xlong lX, xlong lY, xparam lButtons);
+/// The message handler of a button.
+xlong ButtonMessage(CControlBase &control, const TPressRules &rules, xlong lMsg, xlong lP1, xlong lP2, xparam lP3);
 
 /// The key message of controls that only look.
 xlong DecorKey(CControlBase &control, xparam lP3);

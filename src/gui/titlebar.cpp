@@ -87,13 +87,7 @@ xlong CTitlebar::Draw(xlong lX, xlong lY, xlong lPage)
         return 0;
     if (m_lState == XGUI_HIDDEN)
         return 1;
-    const TPlace place = PlaceOf(*this, lX, lY);
-    const int nLook = LookOf(m_lState);
-    TCntrlColor *const pColors = nLook < 0 ? nullptr : m_Look.m_pColors[nLook];
-    DrawFace(*this, place, pColors ? &pColors->crFace : nullptr);
-    if (m_lFlags & CNTRL_EXTRUDED)
-        DrawExtruded(lX, lY, pColors);
-    DrawLookBitmap(*this, place, nLook);
+    DrawPanel(*this, PlaceOf(*this, lX, lY), LookOf(m_lState), PANEL_BORDER);
     if (m_pCaption)
         m_pCaption->Draw(lX, lY, lPage);
     if (m_pClose && (m_lFlags & CNTRL_CLOSEBUTTON))

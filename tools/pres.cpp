@@ -1,8 +1,8 @@
 // Packs resource files into the form that CResData loads as well, and back.
 
+#include "packed.h"
 #include "tool.h"
 
-#include "tarvix/lzss.h"
 #include "tarvix/memory.h"
 
 #include <string.h>
@@ -16,7 +16,6 @@ A packed file is "PRES", the length of the packed data in four bytes with the
 low one first, four zero bytes, and the data. Exit status: 0; 1 for a file that
 can't be read, written or unpacked; 2 for a wrong command line.
 )";
-const size_t s_ulHeader = 12;
 
 std::string Pack(const std::string &strPlain)
 {
@@ -32,26 +31,6 @@ std::string Pack(const std::string &strPlain)
     strFile.append(pPacked, ulLen);
     xFreeMem(pPacked, nullptr, 0);
     return strFile;
-}
-
-// @return what is wrong, or null
-const char *Unpack(const std::string &strFile, std::string &strPlain)
-{
-    if (strFile.size() <= s_ulHeader || strFile.compare(0, 4, "PRES"))
-        return "this is no packed resource file";
-    xulong ulLen = 0;
-    for (int nByte = 3; nByte >= 0; --nByte)
-        ulLen = ulLen << 8 | (unsigned char)strFile[(size_t)nByte + 4];
-    if (ulLen != strFile.size() - s_ulHeader)
-        return "the length in the header is not that of the data";
-    const char *const pData = strFile.data() + s_ulHeader;
-    CLzss lzss;
-    xulong ulSize = 0;
-    lzss.ExpandBuffer(pData, nullptr, &ulSize, ulLen);
-    strPlain.resize(ulSize);
-    if (!ulSize || !lzss.ExpandBuffer(pData, strPlain.data(), &ulSize, ulLen))
-        return "the packed data is damaged";
-    return nullptr;
 }
 } // namespace
 

@@ -81,8 +81,17 @@ void CScriptMap::Section(CKCBL &kcbl)
                      if (kcbl.GetLong(0, &lID))
                          m_Ids.insert({ Lower(Text(kcbl.GetKeyword())), lID });
                  });
-    else if (strSection == "palette" || strSection == "fonts" || strSection == "bitmaps" || strSection == "animations")
-        Files(kcbl);
+    else if (strSection == "fonts")
+        Files(kcbl, m_lFonts);
+    else if (strSection == "bitmaps")
+        Files(kcbl, m_lBitmaps);
+    else if (strSection == "animations")
+        Files(kcbl, m_lAnims);
+    else if (strSection == "palette")
+    {
+        xlong lPalettes = 0;
+        Files(kcbl, lPalettes);
+    }
     else if (strSection == "window")
     {
         m_Windows.push_back({ strName, "", IdOf(strName), {} });
@@ -91,14 +100,21 @@ void CScriptMap::Section(CKCBL &kcbl)
     kcbl.ExitChunk();
 }
 
-void CScriptMap::Files(CKCBL &kcbl)
+void CScriptMap::Files(CKCBL &kcbl, xlong &lCount)
 {
     EachItem(kcbl,
-             [&](bool)
+             [&](bool bChunk)
              {
                  const std::string strFile = Text(kcbl.GetString(0));
                  if (!strFile.empty() && std::find(m_Files.begin(), m_Files.end(), strFile) == m_Files.end())
                      m_Files.push_back(strFile);
+                 if (bChunk && kcbl.EnterChunk())
+                 {
+                     EachItem(kcbl, [&](bool) { ++lCount; });
+                     kcbl.ExitChunk();
+                 }
+                 else
+                     ++lCount;
              });
 }
 

@@ -41,10 +41,11 @@ public:
 
     std::vector<TScriptWindow> m_Windows;
     std::vector<std::string> m_Files; ///< as written, once each
+    xlong m_lFonts = 0, m_lBitmaps = 0, m_lAnims = 0;
 
 private:
     void Section(CKCBL &kcbl);
-    void Files(CKCBL &kcbl);
+    void Files(CKCBL &kcbl, xlong &lCount);
     void Controls(CKCBL &kcbl, TScriptWindow &window, int nDepth);
     xlong IdOf(const std::string &strName) const;
 

@@ -121,6 +121,17 @@ void Describe(const std::string &strText, const std::string &strFile, const TFau
     lines.push_back(std::string(ulColumn - ulFrom, ' ') + '^');
 }
 
+// The files in which the library keeps what it has worked out for a palette.
+std::set<fs::path> ColorTables()
+{
+    std::set<fs::path> tables;
+    std::error_code error;
+    for (const fs::directory_entry &entry : fs::directory_iterator(".", error))
+        if (entry.path().extension() == ".tab" || entry.path().filename() == ".tab")
+            tables.insert(entry.path());
+    return tables;
+}
+
 std::string LibraryError()
 {
     return glb->m_Error.GetErrCode() ? glb->m_Error.GetError(nullptr) : "";
@@ -146,7 +157,7 @@ fs::path FindFile(const std::string &strName)
 }
 
 CViewer::CViewer(const std::string &strFile, const std::string &strShown, const std::vector<std::string> &windows)
-    : m_strFile(strFile), m_strShown(strShown), m_WindowNames(windows)
+    : m_strFile(strFile), m_strShown(strShown), m_WindowNames(windows), m_Tables(ColorTables())
 {
     s_pViewer = this;
     FirstDefaults();
@@ -158,6 +169,12 @@ CViewer::~CViewer()
     m_pFaultSprite.reset();
     m_pShown.reset();
     s_pViewer = nullptr;
+    // They would outlive a change of the palette.
+    if (!glb->m_pScreen->GetActiveMode()->lIndexed)
+        return;
+    for (const fs::path &table : ColorTables())
+        if (std::error_code error; !m_Tables.count(table))
+            fs::remove(table, error);
 }
 
 std::vector<CViewer::TStamp> CViewer::Stamps() const
@@ -179,6 +196,11 @@ std::vector<CViewer::TStamp> CViewer::Stamps() const
 
 void CViewer::Poll()
 {
+    m_lDragged = 0;
+    if (m_pShown)
+        for (const auto &pDialog : m_pShown->dialogs)
+            if (pDialog->m_lFlags & XWIN_DRAGGING)
+                m_lDragged = pDialog->GetID();
     if (xTimeDiff(m_ulLastLook, xGetTime()) < s_ulLook)
         return;
     m_ulLastLook = xGetTime();
@@ -266,7 +288,12 @@ std::string CViewer::Build(TShown &shown, const std::string &strText)
 {
     glb->m_Error.Clear();
     const xlong lRead = shown.res.Import(strText.c_str());
-    if (const std::string strWhy = LibraryError(); !strWhy.empty() || !lRead)
+    const std::string strWhy = LibraryError();
+    const bool bComplete = shown.res.m_listFonts.m_lNumNodes >= shown.map.m_lFonts &&
+                           shown.res.m_listBitmaps.m_lNumNodes >= shown.map.m_lBitmaps &&
+                           shown.res.m_listAnims.m_lNumNodes >= shown.map.m_lAnims;
+    // A palette that is met for the first time has no table on the disk, which is reported but no fault.
+    if (!lRead || !bComplete || (!strWhy.empty() && strWhy.find(".tab\"") == std::string::npos))
         return strWhy.empty() ? "the script can't be read" : strWhy;
     if (glb->m_pScreen->GetActiveMode()->lIndexed)
         glb->m_pScreen->SetSystemPalette();
@@ -275,8 +302,8 @@ std::string CViewer::Build(TShown &shown, const std::string &strText)
         for (const TScriptWindow &window : shown.map.m_Windows)
             names.push_back(window.strName);
     for (const std::string &strName : names)
-        if (const std::string strWhy = BuildWindow(shown, strName); !strWhy.empty())
-            return "window " + strName + ": " + strWhy;
+        if (const std::string strFault = BuildWindow(shown, strName); !strFault.empty())
+            return "window " + strName + ": " + strFault;
     return "";
 }
 
@@ -301,7 +328,8 @@ void CViewer::OnMessage(xlong lMsg, xlong lWindowID, xlong lCntrlID, xparam, voi
 
 void CViewer::Take(xlong lMsg, xlong lWindowID, xlong lCntrlID)
 {
-    if (m_bQuiet || !m_pShown)
+    // A title bar under the mouse ends a drag in every frame, whether there was one or not.
+    if (m_bQuiet || !m_pShown || (lMsg == XGUIMSG_DRAGEND && lWindowID != m_lDragged))
         return;
     printf("%s %s %s %ld\n", m_pShown->map.WindowName(lWindowID).c_str(),
            m_pShown->map.ControlName(lWindowID, lCntrlID).c_str(), NameOf(lMsg), (long)lMsg);

@@ -10,6 +10,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <set>
 
 /// Where a file's name stands in the working directory, with either separator
 /// and without regard to case; the name itself when there is none.
@@ -30,7 +31,7 @@ public:
     /// Reads the script and prints what became of it.
     /// @return false when it is broken
     bool Load();
-    /// Loads again when a file has changed; between two frames.
+    /// Loads again when a file has changed; behind every frame.
     void Poll();
     /// What is wrong, in one line; empty when nothing is.
     const std::string &Fault() const { return m_strFault; }
@@ -60,6 +61,8 @@ private:
     std::vector<TStamp> m_Stamps, m_LastStamps; ///< as loaded, and at the last look
     xulong m_ulLastLook = 0;
     bool m_bQuiet = false;
+    xlong m_lDragged = 0;                           ///< the window that was being dragged at the last frame's end
+    const std::set<std::filesystem::path> m_Tables; ///< that were there before
     std::string m_strFault;
     CTinyFont m_Font;
     CBitmap m_FaultPicture;

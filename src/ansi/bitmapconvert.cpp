@@ -221,42 +221,7 @@ xlong CBitmap::Blt(CBitmapBase *pSource, xlong lSourceX, xlong lSourceY, xlong l
     if (lHeight == -1)
         lHeight = pSource->m_lHeight;
     m_bChanged = 1;
-    // A depth can be any number that a file holds.
-    if (!m_pData || !pSource->m_pData || ((m_lDepth | pSource->m_lDepth) & ~0xff))
-        return 1;
-    const CRect *pSourceClip = &pSource->m_rcClip, *pClip = &m_rcClip;
-    const unsigned char *pFrom = pSource->m_pData;
-    const xlong lFromPitch = pSource->m_lPitch;
-    switch (m_lDepth << 8 | pSource->m_lDepth)
-    {
-    case 8 << 8 | 8:
-        Convert8To8(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, lTransparent, m_pData,
-                    m_lPitch, lTargetX, lTargetY, pClip);
-        break;
-    case 16 << 8 | 8:
-        Convert8To16(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, pSource->m_pPalette, pSourceClip,
-                     lTransparent, m_pData, m_lPitch, lTargetX, lTargetY, FormatOf(*this), pClip);
-        break;
-    case 24 << 8 | 8:
-        Convert8To24(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, pSource->m_pPalette, pSourceClip,
-                     lTransparent, m_pData, m_lPitch, lTargetX, lTargetY, FormatOf(*this), pClip);
-        break;
-    case 16 << 8 | 16:
-        Convert16To16(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(*pSource), pSourceClip,
-                      lTransparent, m_pData, m_lPitch, lTargetX, lTargetY, FormatOf(*this), pClip);
-        break;
-    case 24 << 8 | 16:
-        Convert16To24(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(*pSource), pSourceClip,
-                      lTransparent, m_pData, m_lPitch, lTargetX, lTargetY, FormatOf(*this), pClip);
-        break;
-    case 16 << 8 | 24:
-        Convert24To16(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(*pSource), pSourceClip,
-                      lTransparent, lDither, m_pData, m_lPitch, lTargetX, lTargetY, FormatOf(*this), pClip);
-        break;
-    case 24 << 8 | 24:
-        Convert24To24(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(*pSource), pSourceClip,
-                      lTransparent, m_pData, m_lPitch, lTargetX, lTargetY, FormatOf(*this), pClip);
-        break;
-    }
+    CopyArea({ m_pData, m_lPitch, m_lDepth, FormatOf(*this), &m_rcClip }, *pSource, lSourceX, lSourceY, lTargetX,
+             lTargetY, lWidth, lHeight, lTransparent, lDither);
     return 1;
 }

@@ -210,6 +210,10 @@ struct TSpan
 
     bool Clip(xlong lSourceFirst, xlong lSourceLast, xlong lTargetFirst, xlong lTargetLast)
     {
+        // Most areas lie inside both.
+        if (llCount > 0 && llSource >= lSourceFirst && llSource + llCount - 1 <= lSourceLast &&
+            llTarget >= lTargetFirst && llTarget + llCount - 1 <= lTargetLast)
+            return true;
         const int64_t llSourceEnd = llSource + llCount - 1;
         if (!ClipTo(lSourceFirst, lSourceLast, llSource, llTarget))
             return false;
@@ -484,4 +488,47 @@ xlong KeepKey8(const unsigned char *pSource, xlong lSourcePitch, xlong lSourceX,
                    }
                });
     return 1;
+}
+
+void CopyArea(const TPixelBlock &target, const CBitmapBase &source, xlong lSourceX, xlong lSourceY, xlong lTargetX,
+              xlong lTargetY, xlong lWidth, xlong lHeight, xlong lTransparent, xlong lDither)
+{
+    // A depth can be any number that a file holds.
+    if (!target.pData || !source.m_pData || ((target.lDepth | source.m_lDepth) & ~0xff))
+        return;
+    const CRect *pSourceClip = &source.m_rcClip;
+    const unsigned char *pFrom = source.m_pData;
+    const xlong lFromPitch = source.m_lPitch;
+    switch (target.lDepth << 8 | source.m_lDepth)
+    {
+    case 8 << 8 | 8:
+        Convert8To8(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, lTransparent, target.pData,
+                    target.lPitch, lTargetX, lTargetY, target.pClip);
+        break;
+    case 16 << 8 | 8:
+        Convert8To16(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, source.m_pPalette, pSourceClip,
+                     lTransparent, target.pData, target.lPitch, lTargetX, lTargetY, target.format, target.pClip);
+        break;
+    case 24 << 8 | 8:
+        Convert8To24(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, source.m_pPalette, pSourceClip,
+                     lTransparent, target.pData, target.lPitch, lTargetX, lTargetY, target.format, target.pClip);
+        break;
+    case 16 << 8 | 16:
+        Convert16To16(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(source), pSourceClip,
+                      lTransparent, target.pData, target.lPitch, lTargetX, lTargetY, target.format, target.pClip);
+        break;
+    case 24 << 8 | 16:
+        Convert16To24(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(source), pSourceClip,
+                      lTransparent, target.pData, target.lPitch, lTargetX, lTargetY, target.format, target.pClip);
+        break;
+    case 16 << 8 | 24:
+        Convert24To16(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(source), pSourceClip,
+                      lTransparent, lDither, target.pData, target.lPitch, lTargetX, lTargetY, target.format,
+                      target.pClip);
+        break;
+    case 24 << 8 | 24:
+        Convert24To24(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(source), pSourceClip,
+                      lTransparent, target.pData, target.lPitch, lTargetX, lTargetY, target.format, target.pClip);
+        break;
+    }
 }

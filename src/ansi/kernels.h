@@ -83,3 +83,20 @@ TARVIX_INTERNAL xlong KeepKey8(const unsigned char *pSource, xlong lSourcePitch,
                                xlong lWidth, xlong lHeight, const TPixelFormat &fmtSource, const CRect *pSourceClip,
                                unsigned char *pTarget, xlong lTargetPitch, xlong lTargetX, xlong lTargetY,
                                const CPalette *pPalette, const CRect *pTargetClip);
+
+/// Where an area is copied to: the pixels of a bitmap or of a locked frame buffer.
+struct TPixelBlock
+{
+    unsigned char *pData;
+    xlong lPitch;
+    xlong lDepth; ///< bits per pixel
+    TPixelFormat format;
+    const CRect *pClip;
+};
+
+/// Copies an area of a bitmap, by the depths of both; pairs without a kernel copy nothing.
+/// @param lWidth  pixels; likewise lHeight
+/// @param lDither  not 0 dithers from 24 to 16 bits, unless transparent
+TARVIX_INTERNAL void CopyArea(const TPixelBlock &target, const CBitmapBase &source, xlong lSourceX, xlong lSourceY,
+                              xlong lTargetX, xlong lTargetY, xlong lWidth, xlong lHeight, xlong lTransparent,
+                              xlong lDither);

@@ -2,6 +2,7 @@
 
 #include "ansi/kernels.h"
 #include "base/areas.h"
+#include "base/modeformat.h"
 #include "base/msgsys.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
@@ -682,16 +683,17 @@ void CDibScreen::DrawBitmapToScreenInternal(CBitmap *pBitmap, xlong lSourceX, xl
         return;
     lWidth = SizeOrDefault(lWidth, pBitmap->m_lWidth);
     lHeight = SizeOrDefault(lHeight, pBitmap->m_lHeight);
-    TFrameView view(*this, pBits);
-    if (m_pMode->lDepth == 8 && pBitmap->m_lDepth == 24)
+    const SVmode &mode = *m_pMode;
+    if (mode.lDepth == 8 && pBitmap->m_lDepth == 24)
     {
         // A bitmap does not search the palette on its own; a screen does.
         if (pBitmap->m_pData)
             Convert24To8(pBitmap->m_pData, pBitmap->m_lPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(*pBitmap),
-                         &pBitmap->m_rcClip, lTransparent, view.m_pData, view.m_lPitch, lX, lY, &m_Palette, &m_rcClip);
+                         &pBitmap->m_rcClip, lTransparent, pBits, mode.lRowBytes, lX, lY, &m_Palette, &m_rcClip);
     }
     else
-        view.Blt(pBitmap, lSourceX, lSourceY, lX, lY, lWidth, lHeight, lTransparent, 0, lFlags);
+        CopyArea({ pBits, mode.lRowBytes, mode.lDepth, FormatOf(mode), &m_rcClip }, *pBitmap, lSourceX, lSourceY, lX,
+                 lY, lWidth, lHeight, lTransparent, 0);
     ReleaseScreenBuffer();
 }
 

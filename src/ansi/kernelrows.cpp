@@ -150,6 +150,12 @@ void CopyRows(const TRows &area, const TRowCall &call)
     }
 }
 
+void CopyBytes(const TRows &area, const TRowCall &call)
+{
+    for (xlong y = 0; y < area.lHeight; ++y)
+        memcpy(area.pTarget + y * area.lTargetPitch, area.pSource + y * area.lSourcePitch, (size_t)area.lWidth);
+}
+
 // One channel of a dithered pixel; the error becomes what the field can't hold.
 xulong DitherChannel(const TChannel16 &channel, xulong ulByte, xulong &ulError)
 {
@@ -179,6 +185,7 @@ TRowFunction Pick(TRowKind kind)
 {
     // In the order of TRowKind.
     static constexpr TRowFunction s_apfn[ROW_KINDS] = {
+        CopyBytes,
         CopyRows<TSame<1>, TRANSPARENT>,
         CopyRows<TSame<2>, TRANSPARENT>,
         CopyRows<TSame<3>, TRANSPARENT>,

@@ -43,7 +43,8 @@ typedef void (*TRowFunction)(const TRows &area, const TRowCall &call);
 /// Pairs of formats that have row functions of their own.
 enum TRowKind
 {
-    ROW_SAME8,
+    ROW_BYTES, ///< the width counts bytes; never transparent
+    ROW_SAME8, ///< transparent alone, as the other two
     ROW_SAME16,
     ROW_SAME24,
     ROW_8TO16,

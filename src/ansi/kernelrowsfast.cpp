@@ -74,6 +74,22 @@ struct TSame8
     V key;
 };
 
+// Any bytes, without a key.
+struct TBytes
+{
+    enum
+    {
+        FROM = 1,
+        TO = 1,
+        PIXELS = 16
+    };
+    STEP explicit TBytes(const TRowCall &) {}
+    STEP void operator()(const unsigned char *pSource, unsigned char *pTarget) const
+    {
+        Store16(pTarget, Load16(pSource));
+    }
+};
+
 struct TSame16
 {
     enum
@@ -284,36 +300,30 @@ struct TTriples
     V end;
 };
 
-// Which of eight pixels equal the key, a mask in the first byte of each.
+// Which of eight pixels equal the key, as masks of four bytes each.
 struct TKey24
 {
     STEP explicit TKey24(const TRowCall &call)
+        : key(_mm_set1_epi32(call.aucKey[0] | call.aucKey[1] << 8 | call.aucKey[2] << 16))
     {
-        const uint64_t ullKey = call.aucKey[0] | (uint64_t)call.aucKey[1] << 8 | (uint64_t)call.aucKey[2] << 16;
-        const long long llFirst = (long long)(ullKey | ullKey << 24 | ullKey << 48);
-        const long long llSecond = (long long)(ullKey >> 16 | ullKey << 8 | ullKey << 32 | ullKey << 56);
-        const long long llThird = (long long)(ullKey >> 8 | ullKey << 16 | ullKey << 40);
-        keyStart = _mm_set_epi64x(llSecond, llFirst);
-        keyEnd = _mm_set_epi64x(llThird, llSecond);
     }
     STEP TTriples Compare(const TTriples &v) const
     {
         TTriples same = v;
-        same.start = Whole(_mm_cmpeq_epi8(v.start, keyStart));
-        same.end = Whole(_mm_cmpeq_epi8(v.end, keyEnd));
+        same.start = _mm_cmpeq_epi32(
+            _mm_shuffle_epi8(v.start, _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1)), key);
+        same.end = _mm_cmpeq_epi32(
+            _mm_shuffle_epi8(v.end, _mm_setr_epi8(4, 5, 6, -1, 7, 8, 9, -1, 10, 11, 12, -1, 13, 14, 15, -1)), key);
         return same;
     }
-    STEP static V Whole(V v) { return _mm_and_si128(_mm_and_si128(v, _mm_srli_si128(v, 1)), _mm_srli_si128(v, 2)); }
-    // The masks spread over the words of eight 16-bit pixels.
+    // The masks of eight 16-bit pixels.
     STEP V Words(const TTriples &v) const
     {
         const TTriples same = Compare(v);
-        return _mm_or_si128(
-            _mm_shuffle_epi8(same.start, _mm_setr_epi8(0, 0, 3, 3, 6, 6, 9, 9, 12, 12, -1, -1, -1, -1, -1, -1)),
-            _mm_shuffle_epi8(same.end, _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 7, 7, 10, 10, 13, 13)));
+        return _mm_packs_epi32(same.start, same.end);
     }
 
-    V keyStart, keyEnd;
+    V key;
 };
 
 // Where the bytes of eight pixels come from: those of the first five, the first
@@ -386,11 +396,8 @@ struct TTriple
             return;
         }
         const TTriples same = key.Compare(v);
-        const V maskStart = _mm_or_si128(
-            _mm_shuffle_epi8(same.start, _mm_setr_epi8(0, 0, 0, 3, 3, 3, 6, 6, 6, 9, 9, 9, 12, 12, 12, -1)),
-            _mm_shuffle_epi8(same.end, _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 7)));
-        const V maskRest =
-            _mm_shuffle_epi8(same.end, _mm_setr_epi8(7, 7, 10, 10, 10, 13, 13, 13, 0, 0, 0, 0, 0, 0, 0, 0));
+        V maskStart, maskRest;
+        PackTriples(same.start, same.end, maskStart, maskRest);
         Put16<true>(pTarget, start, maskStart);
         Put8<true>(pTarget + 16, rest, maskRest);
     }
@@ -726,6 +733,7 @@ TRowFunction PickFast(TRowKind kind)
 {
     // In the order of TRowKind.
     static constexpr TRowFunction s_apfn[ROW_KINDS] = {
+        FastRows<TBytes>,
         FastRows<TSame8<false>, TSame8<true>>,
         FastRows<TSame16>,
         FastRows<TTriple<false, true>>,

@@ -94,10 +94,14 @@ void CopyRows(TRows &area, xlong lBytes)
 {
     const size_t ulBytes = (size_t)area.lWidth * (size_t)lBytes;
     if (area.lSourcePitch == (ptrdiff_t)ulBytes && area.lTargetPitch == (ptrdiff_t)ulBytes)
+    {
         ForRows(area, [=](const TRows &rows) { memcpy(rows.pTarget, rows.pSource, ulBytes * (size_t)rows.lHeight); });
-    else
-        ForEachRow(area,
-                   [=](const unsigned char *pSource, unsigned char *pTarget) { memcpy(pTarget, pSource, ulBytes); });
+        return;
+    }
+    // A call for each of a sprite's rows would cost more than the row.
+    const bool bShort = ulBytes >= 16 && ulBytes <= 256;
+    area.lWidth = (xlong)ulBytes;
+    RunRows(area, ROW_BYTES, 0, bShort, TRowCall());
 }
 
 void RunSame(TArea &area, TRowKind kind, xlong lBytes, xlong lTransparent, const unsigned char *pBlock)

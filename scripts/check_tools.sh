@@ -567,6 +567,153 @@ check_tvimg() {
     expect 0 tvimg convert cut.jpg out.bmp
 }
 
+# Windows with a picture, a font and a control in a control.
+make_view() {
+    mkdir -p view/Gfx
+    convert -size 32x24 gradient:red-blue -type TrueColor BMP3:view/Gfx/face.bmp
+    "$top/build/linux-release/bin/xbfmake" /usr/share/fonts/truetype/dejavu/DejaVuSans.ttf view/text.xbf --size 12 >/dev/null ||
+        fail "tvview: no font could be made"
+    cat >view/good.rc <<'T'
+; script of the viewer's check
+{ = Window, WIN_MAIN
+    Create = "Main", 40, 30, 300, 200, XWIN_TITLEBAR|XWIN_FRAME|XWIN_BORDER|XWIN_CLOSE
+    CreateStatic = STA_WORD, "A word", 20, 20, 200, 20, CNTRL_TRANSPARENT
+    { = Button, BTN_FACE
+        Create = "Face", 20, 60, 100, 40, XKEY_ENTER, CNTRL_HASBITMAP|CNTRL_TILED
+        Bitmap = Face, Face, Face, Face
+    }
+    { = Groupbox, GRP_ALL
+        Create = "All", 150, 60, 120, 80, CNTRL_EXTRUDED
+        { = Radio, RAD_ONE
+            Create = "One", 8, 20, 80, 16, 16, NULL, CNTRL_EXTRUDED
+        }
+    }
+}
+{ = Window, WIN_SIDE
+    Create = "Side", 400, 30, 200, 100, XWIN_TITLEBAR|XWIN_FRAME
+}
+{ = Defines
+    WIN_MAIN = 1
+    WIN_SIDE = 2
+    STA_WORD = 1
+    BTN_FACE = 10
+    GRP_ALL = 11
+    RAD_ONE = 12
+}
+{ = Fonts
+    Text = text.xbf
+}
+{ = Bitmaps
+    Face = gfx\FACE.bmp, 0, 0, -1, -1
+}
+{ = Defaults
+    Font = Text
+}
+T
+    sed 's/CNTRL_TILED/CNTRL_TILT/' view/good.rc >view/bad.rc
+}
+
+# shoot CODE ARGUMENT...: Windows has no driver without a display.
+shoot() {
+    if [ "$target" = linux ]; then
+        expect "$1" tvview "${@:2}"
+    else
+        with_display expect "$1" tvview "${@:2}"
+    fi
+}
+
+# part_same GEOMETRY FILE FILE: whether a part of two pictures is equal.
+part_same() {
+    cmp -s <(convert "$2" -crop "$1" +repage rgb:- 2>/dev/null) <(convert "$3" -crop "$1" +repage rgb:- 2>/dev/null)
+}
+
+# The viewer sees what happens to the files while it runs.
+watch_tvview() {
+    local viewer
+    cp view/good.rc view/live.rc
+    SDL_VIDEODRIVER=dummy tool tvview view/live.rc --frames 400 --shot live.bmp >out 2>err &
+    viewer=$!
+    # told COUNT TEXT: waits until the text was printed so often.
+    told() {
+        local n
+        for n in $(seq 60); do
+            [ "$(grep -c -- "$2" out)" -ge "$1" ] && return
+            sleep 0.1
+        done
+        fail "tvview does not tell: $2: $(cat out)"
+    }
+    told 1 'shows 2 of 2 windows'
+    sed '/= Window, WIN_SIDE/,/^}/d' view/good.rc >view/live.rc
+    told 1 'shows 1 of 1 windows'
+    convert -size 32x24 gradient:green-white -type TrueColor BMP3:view/Gfx/face.bmp
+    told 2 'shows 1 of 1 windows'
+    cp view/Gfx/face.bmp green.bmp
+    echo 'no picture' >view/Gfx/face.bmp
+    told 1 '^view/live.rc:[0-9]*:12: gfx.FACE.bmp: .*header'
+    told 1 '1 fault; the windows before stay'
+    cp green.bmp view/Gfx/face.bmp
+    told 3 'shows 1 of 1 windows'
+    cp view/bad.rc view/live.rc
+    told 1 '^view/live.rc:6:.*unknown flag "CNTRL_TILT"'
+    told 2 '1 fault; the windows before stay'
+    wait $viewer || fail "tvview ends with $?: $(cat err)"
+    # The window that was there, in its new colours, and the fault below.
+    sed '/= Window, WIN_SIDE/,/^}/d' view/good.rc >view/alone.rc
+    expect 0 tvview view/alone.rc --shot alone.bmp
+    part_same 800x500+0+0 live.bmp alone.bmp || fail "tvview: a broken script does not leave the windows alone"
+    ! part_same 800x100+0+500 live.bmp alone.bmp || fail "tvview: the fault is not in the picture"
+}
+
+check_tvview() {
+    check_help tvview
+    make_view
+    expect 0 tvview --list view/good.rc
+    printf '%s\n' 'WIN_MAIN 1 "Main"' '    Static STA_WORD 1' '    Button BTN_FACE 10' '    Groupbox GRP_ALL 11' \
+        '        Radio RAD_ONE 12' 'WIN_SIDE 2 "Side"' >wanted
+    diff <(tr -d '\r' <out) wanted >differences || fail "tvview --list: $(cat differences)"
+    expect 0 tvview --list view/good.rc win_side
+    [ "$(wc -l <out)" = 1 ] || fail "tvview --list of one window: $(cat out)"
+    expect 0 tvview --check view/good.rc
+    [ ! -s out ] || fail "tvview --check finds in a good script: $(cat out)"
+    expect 0 pres pack view/good.rc view/packed.rc
+    expect 0 tvview --check view/packed.rc
+
+    expect 1 tvview --check view/bad.rc
+    grep -q '^view/bad.rc:6:.*unknown flag "CNTRL_TILT"' out || fail "tvview --check: $(cat out)"
+    printf 'no script at all' >view/none.rc
+    head -c 100 view/packed.rc >view/short.rc
+    for bad in bad none short missing; do
+        expect 1 tvview --list view/$bad.rc
+    done
+    expect 1 tvview --list view/good.rc WIN_NONE
+    expect 1 tvview --check view
+    for bad in "--mode 800x600" "--mode 800x600x12" "--mode 800x600x24x" "--frames 0" "--shot" "--list --check" "--bold"; do
+        expect 2 tvview view/good.rc $bad
+    done
+
+    for depth in 8 16 24; do
+        shoot 0 view/good.rc --mode 700x500x$depth --shot view$depth.bmp
+        [ "$(identify -format '%w %h' view$depth.bmp)" = "700 500" ] || fail "tvview: $(identify view$depth.bmp)"
+        convert view$depth.bmp -format '%[fx:standard_deviation > 0.02]' info: | grep -qx 1 || fail "tvview: a flat picture"
+    done
+    [ -z "$(find . -name '*.tab')" ] || fail "tvview leaves a table behind: $(find . -name '*.tab')"
+    shoot 0 view/packed.rc --mode 700x500x24 --shot packed.bmp
+    cmp view24.bmp packed.bmp || fail "tvview: a packed script looks different"
+    shoot 0 view/good.rc WIN_SIDE --mode 700x500x24 --shot side.bmp
+    part_same 350x500+350+0 side.bmp view24.bmp || fail "tvview: a window alone looks different"
+    ! part_same 350x500+0+0 side.bmp view24.bmp || fail "tvview shows a window that was not named"
+    shoot 1 view/bad.rc --shot none.bmp
+    [ ! -e none.bmp ] || fail "tvview draws a broken script"
+    if [ "$target" = linux ]; then
+        watch_tvview
+        sha256sum view{8,16,24}.bmp side.bmp >"$top/build/tvview-linux.sums"
+    elif [ -f "$top/build/tvview-linux.sums" ]; then
+        sha256sum --quiet -c "$top/build/tvview-linux.sums" || fail "tvview: Windows and Linux differ"
+    else
+        echo "   tvview: not compared with Linux, whose pictures are not there"
+    fi
+}
+
 for check in $(declare -F | sed -n 's/^declare -f \(check_\)/\1/p'); do
     [ "$check" = check_help ] || "$check"
 done

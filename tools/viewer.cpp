@@ -136,6 +136,42 @@ std::string LibraryError()
 {
     return glb->m_Error.GetErrCode() ? glb->m_Error.GetError(nullptr) : "";
 }
+
+// Where a file's name stands first in a text.
+TKCBLFault PlaceOfName(const std::string &strText, const std::string &strFile)
+{
+    const size_t ulFound = strText.find(strFile);
+    const size_t ulOffset = ulFound == std::string::npos ? 0 : ulFound;
+    TKCBLFault place = { "", (xlong)ulOffset, 1, 1, 0 };
+    for (size_t ul = 0; ul < ulOffset; ++ul)
+    {
+        ++place.lColumn;
+        if (strText[ul] == '\n' || (strText[ul] == '\r' && strText[ul + 1] != '\n'))
+        {
+            ++place.lLine;
+            place.lColumn = 1;
+        }
+    }
+    return place;
+}
+
+// Files that are there and can't be used: the library does not always name them.
+void FindBadFiles(TScript &script, const CScriptMap &map)
+{
+    for (const std::string &strFile : map.m_Files)
+    {
+        const std::string strType = fs::path(strFile).extension().string();
+        const bool bPicture = !xStricmp(strType.c_str(), ".bmp") || !xStricmp(strType.c_str(), ".jpg");
+        CBitmap picture;
+        CFont font;
+        glb->m_Error.Clear();
+        if (bPicture ? picture.Load(strFile.c_str(), 0) : font.Load(strFile.c_str(), 0))
+            continue;
+        const std::string strWhy = LibraryError();
+        script.faults.push_back({ PlaceOfName(script.strText, strFile),
+                                  strFile + ": " + (strWhy.empty() ? "the file can't be used" : strWhy) });
+    }
+}
 } // namespace
 
 fs::path FindFile(const std::string &strName)
@@ -215,7 +251,7 @@ bool CViewer::Load()
 {
     // Before the files are read: what changes in between is loaded next time.
     m_Stamps = Stamps();
-    const TScript script = ReadScript(m_strFile);
+    TScript script = ReadScript(m_strFile);
     CScriptMap map;
     if (script.bLanguage)
     {
@@ -229,6 +265,12 @@ bool CViewer::Load()
     const size_t ulColumns = (size_t)((glb->m_pScreen->GetActiveMode()->lWidth - 2 * s_lMargin) / CTinyFont::WIDTH);
     std::vector<std::string> lines;
     m_strFault = script.strWhy;
+    if (script.IsGood())
+    {
+        m_strFault = Exchange(script, map);
+        if (!m_strFault.empty())
+            FindBadFiles(script, map);
+    }
     if (!script.faults.empty())
     {
         m_strFault = std::to_string(script.faults.size()) + (script.faults.size() == 1 ? " fault" : " faults");
@@ -239,8 +281,6 @@ bool CViewer::Load()
                 Describe(script.strText, m_strFile, fault, ulColumns, lines);
         }
     }
-    else if (m_strFault.empty())
-        m_strFault = Exchange(script, map);
     if (lines.empty() && !m_strFault.empty())
         Wrap(m_strFile + ": " + m_strFault, ulColumns, lines);
     if (m_strFault.empty())

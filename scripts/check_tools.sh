@@ -6,6 +6,11 @@ cd "$(dirname "$0")/.."
 . scripts/wine.sh
 
 target=${1:?usage: check_tools.sh linux|win32}
+# One display for all: what Wine starts first without one has none later either.
+if [ "$target" = win32 ] && [ -z "${DISPLAY:-}" ]; then
+    with_display scripts/check_tools.sh win32
+    exit
+fi
 top=$PWD
 # Under Wine only what lies below the checkout is seen under the same path.
 work=$top/build/tools-$target
@@ -613,15 +618,6 @@ T
     sed 's/CNTRL_TILED/CNTRL_TILT/' view/good.rc >view/bad.rc
 }
 
-# shoot CODE ARGUMENT...: Windows has no driver without a display.
-shoot() {
-    if [ "$target" = linux ]; then
-        expect "$1" tvview "${@:2}"
-    else
-        with_display expect "$1" tvview "${@:2}"
-    fi
-}
-
 # part_same GEOMETRY FILE FILE: whether a part of two pictures is equal.
 part_same() {
     cmp -s <(convert "$2" -crop "$1" +repage rgb:- 2>/dev/null) <(convert "$3" -crop "$1" +repage rgb:- 2>/dev/null)
@@ -692,17 +688,17 @@ check_tvview() {
     done
 
     for depth in 8 16 24; do
-        shoot 0 view/good.rc --mode 700x500x$depth --shot view$depth.bmp
+        expect 0 tvview view/good.rc --mode 700x500x$depth --shot view$depth.bmp
         [ "$(identify -format '%w %h' view$depth.bmp)" = "700 500" ] || fail "tvview: $(identify view$depth.bmp)"
         convert view$depth.bmp -format '%[fx:standard_deviation > 0.02]' info: | grep -qx 1 || fail "tvview: a flat picture"
     done
     [ -z "$(find . -name '*.tab')" ] || fail "tvview leaves a table behind: $(find . -name '*.tab')"
-    shoot 0 view/packed.rc --mode 700x500x24 --shot packed.bmp
+    expect 0 tvview view/packed.rc --mode 700x500x24 --shot packed.bmp
     cmp view24.bmp packed.bmp || fail "tvview: a packed script looks different"
-    shoot 0 view/good.rc WIN_SIDE --mode 700x500x24 --shot side.bmp
+    expect 0 tvview view/good.rc WIN_SIDE --mode 700x500x24 --shot side.bmp
     part_same 350x500+350+0 side.bmp view24.bmp || fail "tvview: a window alone looks different"
     ! part_same 350x500+0+0 side.bmp view24.bmp || fail "tvview shows a window that was not named"
-    shoot 1 view/bad.rc --shot none.bmp
+    expect 1 tvview view/bad.rc --shot none.bmp
     [ ! -e none.bmp ] || fail "tvview draws a broken script"
     if [ "$target" = linux ]; then
         watch_tvview

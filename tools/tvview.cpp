@@ -157,7 +157,17 @@ int Show(const TOptions &options)
     if (!options.strShot.empty())
         setenv("SDL_VIDEODRIVER", "dummy", 1);
 #endif
+#ifdef _WIN32
+    // To start, the library wants the system's msvcrt.dll in the working directory.
+    std::error_code error;
+    const fs::path folder = fs::current_path(error);
+    const char *const pszRoot = getenv("SystemRoot");
+    fs::current_path(fs::path(pszRoot ? pszRoot : "C:\\Windows") / "System32", error);
+#endif
     CTarvixHost host("tvview");
+#ifdef _WIN32
+    fs::current_path(folder, error);
+#endif
     if (!SetMode(host, options))
         return host.Fail();
     CViewer viewer(options.strScript, options.strShown, options.windows);

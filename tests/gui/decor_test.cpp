@@ -157,6 +157,22 @@ TEST_F(CTitlebarTest, TellsTheHostOfADragInTheFirstRowOnly)
     EXPECT_EQ(5, window.m_lDragY) << "the message that came back changed nothing";
 }
 
+TEST_F(CTitlebarTest, ASystemWindowMovesTheWholeScreen)
+{
+    m_Window.SetFlag(XWIN_SYSTEMWINDOW);
+    Point(150, 108);
+    Point(150, 108, 1);
+    Point(160, 120, 1);
+    xlong lX = 0, lY = 0;
+    Screen()->GetScreenPos(&lX, &lY, nullptr, nullptr);
+    EXPECT_EQ(160, lX);
+    EXPECT_EQ(120, lY);
+    EXPECT_EQ(100, m_Window.m_lX) << "the window of the GUI stays in its place";
+    Point(160, 120, 0);
+    Point(160, 120, 0);
+    EXPECT_FALSE(m_Window.m_lFlags & XWIN_DRAGGING);
+}
+
 TEST_F(CTitlebarTest, ClosesByItsButton)
 {
     Click(100 + 1 + 198 - 15 + 5, 100 + 1 + 1 + 5);

@@ -80,9 +80,10 @@ xlong MsgSysSend(xulong ulMsg, xlong lA, xlong lB)
     xlong lResult = 0;
     if (!pList)
         return 0;
-    for (pList->First(); pList->Exists(); pList->Next())
+    // On the list's own cursor: a sink may leave the list on the way.
+    for (pList->First(); pList->m_pCurr; pList->Next())
     {
-        const TMsgSink *pRecord = (TMsgSink *)pList->Get();
+        const TMsgSink *pRecord = (TMsgSink *)pList->m_pCurr->pData;
         if (pRecord->ulMsg == ulMsg)
         {
             pRecord->pSink->MsgHandler(ulMsg, lA, lB);

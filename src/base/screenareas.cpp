@@ -25,9 +25,17 @@ struct TArea
         lBottom = std::max(lBottom, other.lBottom);
     }
 
-    bool Holds(const TArea &other) const
+    // Whether an area that holds both is sure to be as large as the two. Said
+    // only of coordinates whose products can't wrap.
+    bool IsApart(const TArea &other) const
     {
-        return lLeft <= other.lLeft && lTop <= other.lTop && lRight >= other.lRight && lBottom >= other.lBottom;
+        const bool bApart =
+            (other.lLeft >= lRight) | (lLeft >= other.lRight) | (other.lTop >= lBottom) | (lTop >= other.lBottom);
+        return bApart && IsSmall() && other.IsSmall();
+    }
+    bool IsSmall() const
+    {
+        return !(((lLeft + 16384) | (lTop + 16384) | (lRight + 16384) | (lBottom + 16384)) & ~32767);
     }
 
     xlong lLeft, lTop, lRight, lBottom;
@@ -60,15 +68,14 @@ bool MergeArea(TAreaList list, CRect &rcNew, bool bSkipEqual)
     for (xlong i = lFirst; i < *list.plCount; ++i)
     {
         CRect &rcEntry = list.pAreas[i];
-        const TArea entry(rcEntry);
-        TArea both = area;
-        if (entry.Holds(area))
-            both = entry;
-        else
-            both.Add(entry);
         if (bSkipEqual && rcEntry.m_lLeft == area.lLeft && rcEntry.m_lTop == area.lTop &&
             rcEntry.m_lRight == area.lRight && rcEntry.m_lBottom == area.lBottom)
             return false;
+        const TArea entry(rcEntry);
+        if (area.IsApart(entry))
+            continue;
+        TArea both = area;
+        both.Add(entry);
         if (both.Area() - entry.Area() - area.Area() < 0)
         {
             rcEntry.m_lLeft = rcEntry.m_lTop = -100;

@@ -94,7 +94,7 @@ xlong ButtonMouse(CControlBase &control, const TPressRules &rules, xlong lX, xlo
         }
     }
 
-    if (IsWindowInactive(control) && control.m_lNextState == XGUI_HIGHLIGHT &&
+    if (control.m_lNextState == XGUI_HIGHLIGHT && IsWindowInactive(control) &&
         !(rules.bInactiveHighlights && control.m_bHighlightIfInactive))
     {
         control.m_lNextState = XGUI_RELEASED;

@@ -2,7 +2,10 @@
 
 #include "screensupport.h"
 
+#include <algorithm>
 #include <array>
+#include <random>
+#include <vector>
 
 namespace
 {
@@ -10,6 +13,51 @@ std::array<xlong, 4> Corners(const CRect &rc)
 {
     return { rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom };
 }
+
+// The merging by its rule alone, with products that wrap on 32 bits.
+class CAreaModel
+{
+public:
+    void Add(const std::array<xlong, 4> &rcNew)
+    {
+        std::array<xlong, 4> rc = { std::min(rcNew[0], rcNew[2]), std::min(rcNew[1], rcNew[3]),
+                                    std::max(rcNew[0], rcNew[2]), std::max(rcNew[1], rcNew[3]) };
+        size_t i = 0;
+        while (i < m_Areas.size() && m_Areas[i] == s_Cancelled)
+            ++i;
+        for (; i < m_Areas.size(); ++i)
+        {
+            std::array<xlong, 4> &entry = m_Areas[i];
+            if (entry == rc)
+                return;
+            const std::array<xlong, 4> low = { std::min(entry[0], entry[2]), std::min(entry[1], entry[3]),
+                                               std::max(entry[0], entry[2]), std::max(entry[1], entry[3]) };
+            const std::array<xlong, 4> both = { std::min(low[0], rc[0]), std::min(low[1], rc[1]),
+                                                std::max(low[2], rc[2]), std::max(low[3], rc[3]) };
+            if ((int)(Size(both) - Size(low) - Size(rc)) < 0)
+            {
+                entry = s_Cancelled;
+                rc = both;
+            }
+        }
+        if (m_Areas.size() < 128)
+            m_Areas.push_back(rc);
+        else
+            m_Areas = { { 0, 0, 639, 479 } };
+    }
+
+    std::vector<std::array<xlong, 4>> m_Areas;
+
+private:
+    static constexpr std::array<xlong, 4> s_Cancelled = { -100, -100, -101, -101 };
+
+    static unsigned Distance(xlong lA, xlong lB)
+    {
+        const unsigned u = (unsigned)lB - (unsigned)lA;
+        return (int)u < 0 ? 0u - u : u;
+    }
+    static unsigned Size(const std::array<xlong, 4> &rc) { return Distance(rc[1], rc[3]) * Distance(rc[0], rc[2]); }
+};
 
 class CScreenBaseTest : public CScreenTest
 {
@@ -44,6 +92,34 @@ TEST_F(CScreenBaseTest, AreasMergeWhenTheyOverlapEnough)
     s.AddClearArea(0, 300, 5, 305);
     EXPECT_EQ(1, lCount);
     EXPECT_EQ((std::array<xlong, 4>{ 0, 0, 639, 479 }), Corners(s.m_ClearAreas[0][0]));
+}
+
+TEST_F(CScreenBaseTest, AreasMergeByTheRuleWhereverTheyLie)
+{
+    SetMode(640, 480, 16);
+    CDibScreen &s = *Screen();
+    std::mt19937 random(7);
+    for (const unsigned uSpread : { 60u, 700u, 40000u, 200000u, 4000000000u })
+    {
+        s.m_lClearCount[0] = 0;
+        CAreaModel model;
+        for (int n = 0; n < 600; ++n)
+        {
+            std::array<xlong, 4> rc;
+            for (xlong &l : rc)
+                l = (xlong)(random() % uSpread - uSpread / 2);
+            if (n % 3)
+            {
+                rc[2] = rc[0] + (xlong)(random() % 40);
+                rc[3] = rc[1] + (xlong)(random() % 40);
+            }
+            s.AddClearArea(rc[0], rc[1], rc[2], rc[3]);
+            model.Add(rc);
+            ASSERT_EQ((xlong)model.m_Areas.size(), s.m_lClearCount[0]) << uSpread << ", " << n;
+            for (size_t i = 0; i < model.m_Areas.size(); ++i)
+                ASSERT_EQ(model.m_Areas[i], Corners(s.m_ClearAreas[0][i])) << uSpread << ", " << n << ", " << i;
+        }
+    }
 }
 
 TEST_F(CScreenBaseTest, ListsReachTheirPages)

@@ -64,7 +64,7 @@ TEST(MemoryTest, FillsEqualAPlainLoopAtEveryAlignment)
     std::mt19937 random(3);
     for (xulong ulCount : { 0u, 1u, 2u, 3u, 7u, 8u, 9u, 15u, 16u, 17u, 31u, 33u, 100u, 1001u })
     {
-        for (size_t ulStart = 0; ulStart < 5; ++ulStart)
+        for (size_t ulStart = 0; ulStart < 34; ++ulStart)
         {
             std::vector<unsigned char> plain(ulStart + ulCount * 3 + 40, 0xEE), ours;
             for (xulong ulColor : std::vector<xulong>{ 0x123456, 0xababab, (xulong)random() })

@@ -113,7 +113,7 @@ play() {
     local name=$1 depth=$2
     shift 2
     rm -f "$shots/gallery-$name-$depth.bmp"
-    SDL_VIDEODRIVER=dummy timeout 120 "$@" --depth "$depth" --play "$session" --messages \
+    SDL_VIDEODRIVER=dummy "$@" --depth "$depth" --play "$session" --messages \
         --shot "$shots/gallery-$name-$depth.bmp" | tr -d '\r' >"$shots/gallery-$name-$depth.txt" ||
         fail "gallery, $name, $depth bits: failed"
 }
@@ -147,9 +147,9 @@ check_gallery() {
     cp -r "$bin/gallery_files" "$work/packed"
     "$bin/pres" pack "$work/packed/gallery.txt" "$work/packed/gallery.res" >"$work/out" || fail "pres failed"
     for depth in 8 16 24; do
-        play linux "$depth" "$bin/gallery"
-        play windows-folder "$depth" "$bin/gallery" --script "$work/windows/GALLERY.TXT"
-        play packed "$depth" "$bin/gallery" --script "$work/packed/gallery.res"
+        play linux "$depth" timeout 120 "$bin/gallery"
+        play windows-folder "$depth" timeout 120 "$bin/gallery" --script "$work/windows/GALLERY.TXT"
+        play packed "$depth" timeout 120 "$bin/gallery" --script "$work/packed/gallery.res"
         check_gallery_messages "$depth"
     done
     same_as linux windows-folder
@@ -176,7 +176,7 @@ check_gallery_asan() {
     local depth
     bin=$top/build/linux-asan/bin
     for depth in 8 16 24; do
-        ASAN_OPTIONS=detect_leaks=1 play asan "$depth" "$bin/gallery"
+        ASAN_OPTIONS=detect_leaks=1 play asan "$depth" timeout 120 "$bin/gallery"
     done
     same_as linux asan
 }

@@ -35,12 +35,13 @@ install_bench_peers() {
         libjemalloc2 libmimalloc2.0
 }
 
-# build PRESET [TARGET]
+# build PRESET [TARGET...]
 build() {
     local preset=$1 log
+    shift
     log=$(mktemp)
     if ! { cmake --preset "$preset" >"$log" 2>&1 &&
-        cmake --build --preset "$preset" ${2:+--target "$2"} >>"$log" 2>&1; }; then
+        cmake --build --preset "$preset" ${1:+--target "$@"} >>"$log" 2>&1; }; then
         tail -n 60 "$log"
         rm -f "$log"
         die "The build of $preset failed."

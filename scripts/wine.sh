@@ -33,7 +33,7 @@ wine32() {
             mount --bind /dev "$root/dev" && mount -t proc proc "$root/proc" || exit 125
         exec env -u SESSION_MANAGER DISPLAY="${DISPLAY:-}" XAUTHORITY= HOME=/root WINEDEBUG=-all \
             WINEDLLOVERRIDES=mscoree,mshtml= WINEPREFIX=/root/.wine-tarvix LC_ALL=C.UTF-8 \
-            chroot "$root" sh -c "cd \"\$1\" && shift && exec wine \"\$@\"" sh "$here" "$@"
+            chroot "$root" sh -c "cd \"\$1\" && shift && exec timeout -k 5 1200 wine \"\$@\"" sh "$here" "$@"
     ' bash "$root" "$(git rev-parse --show-toplevel)" "$PWD" "$@"
 }
 

@@ -134,9 +134,10 @@ int main(int argc, char **argv)
     TOptions options;
     if (const int nEnd = ReadOptions(argc, argv, options))
         return nEnd - 1;
+    // On Windows the library looks for its runtime in the folder of the start.
+    CTarvixHost host("Gallery");
     if (options.strArt.empty() && !EnterFolder(options, argv[0]))
         return 1;
-    CTarvixHost host("Gallery");
     if (!options.strArt.empty())
         return PaintArt(options.strArt.c_str()) ? 0 : host.Fail();
     if (!host.SetMode(800, 600, options.lDepth))

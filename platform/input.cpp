@@ -29,20 +29,8 @@ WPARAM HeldFlags()
 /// Messages name the key without its side; the scan code and the extended bit tell it.
 int MessageKey(int lVirtualKey)
 {
-    switch (lVirtualKey)
-    {
-    case VK_LSHIFT:
-    case VK_RSHIFT:
-        return VK_SHIFT;
-    case VK_LCONTROL:
-    case VK_RCONTROL:
-        return VK_CONTROL;
-    case VK_LMENU:
-    case VK_RMENU:
-        return VK_MENU;
-    default:
-        return lVirtualKey;
-    }
+    const int lBoth = BothSides(lVirtualKey);
+    return lBoth ? lBoth : lVirtualKey;
 }
 
 void PostSysCommand(HWND hWnd, WPARAM wCommand)

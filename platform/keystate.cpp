@@ -9,7 +9,15 @@ const BYTE DOWN = 0x80, ON = 0x01;
 BYTE s_aucKeys[256];
 BYTE s_aucTyped[256]; ///< by each key's last press: its release types the same
 
-/// Both sides have a key of their own and one together.
+void Move(BYTE *pucKey, bool bDown)
+{
+    if (bDown && !(*pucKey & DOWN))
+        *pucKey = (BYTE)((*pucKey ^ ON) | DOWN);
+    else if (!bDown)
+        *pucKey &= (BYTE)~DOWN;
+}
+} // namespace
+
 int BothSides(int lVirtualKey)
 {
     switch (lVirtualKey)
@@ -27,15 +35,6 @@ int BothSides(int lVirtualKey)
         return 0;
     }
 }
-
-void Move(BYTE *pucKey, bool bDown)
-{
-    if (bDown && !(*pucKey & DOWN))
-        *pucKey = (BYTE)((*pucKey ^ ON) | DOWN);
-    else if (!bDown)
-        *pucKey &= (BYTE)~DOWN;
-}
-} // namespace
 
 void TakeKeyState(int lVirtualKey, bool bDown, unsigned char ucChar)
 {

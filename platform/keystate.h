@@ -4,6 +4,8 @@
 
 #include "platform/win32.h"
 
+/// The key that stands for both sides of a modifier; 0 for other keys.
+int BothSides(int lVirtualKey);
 /// Takes over a message of a key or mouse button.
 /// @param lVirtualKey  of one side where there are two
 /// @param ucChar       what a key-down types, 0 for nothing

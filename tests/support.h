@@ -54,6 +54,9 @@ protected:
             if (c == '/')
                 c = '-';
         m_Folder = std::filesystem::temp_directory_path() / strName;
+        // Under Wine process ids come again, and a run that was stopped leaves its folder.
+        std::error_code ignored;
+        std::filesystem::remove_all(m_Folder, ignored);
         std::filesystem::create_directories(m_Folder);
         std::filesystem::current_path(m_Folder);
     }

@@ -48,6 +48,12 @@ CNode *NodeFor(void *pItem, xlong lIsNode)
         *pNode = { nullptr, nullptr, pItem };
     return pNode;
 }
+
+// Inline for callers, and yet exported for those that link them.
+[[gnu::used]] short (CLList::*const s_apfnSteps[])() = { &CLList::First, &CLList::Last, &CLList::Next, &CLList::Prev,
+                                                         &CLList::Exists };
+[[gnu::used]] void *(CLList::*const s_pfnGet)() = &CLList::Get;
+[[gnu::used]] xlong (CLList::*const s_apfnKeep[])() = { &CLList::Push, &CLList::Pop };
 } // namespace
 
 // The stack is most of a list, and a tree of scripts is thousands of lists: it
@@ -60,48 +66,6 @@ CLList::CLList()
 CLList::~CLList()
 {
     KillAll();
-}
-
-short CLList::First()
-{
-    m_pCurr = m_pFirst;
-    m_lCurrNodeNr = 0;
-    return m_pCurr != nullptr;
-}
-
-short CLList::Last()
-{
-    m_pCurr = m_pLast;
-    m_lCurrNodeNr = m_lNumNodes;
-    return m_pCurr != nullptr;
-}
-
-short CLList::Next()
-{
-    if (!m_pCurr)
-        return 0;
-    m_pCurr = m_pCurr->pNext;
-    ++m_lCurrNodeNr;
-    return m_pCurr != nullptr;
-}
-
-short CLList::Prev()
-{
-    if (!m_pCurr)
-        return 0;
-    m_pCurr = m_pCurr->pPrev;
-    --m_lCurrNodeNr;
-    return m_pCurr != nullptr;
-}
-
-short CLList::Exists()
-{
-    return m_pCurr != nullptr;
-}
-
-void *CLList::Get()
-{
-    return m_pCurr ? m_pCurr->pData : nullptr;
 }
 
 void *CLList::Get(xulong ulIndex)
@@ -119,24 +83,6 @@ xlong CLList::GetNumNodes()
 xlong CLList::GetCurrNodeNr()
 {
     return m_lCurrNodeNr;
-}
-
-xlong CLList::Push()
-{
-    if (m_lStackDepth >= 32)
-        return 0;
-    m_aStack[m_lStackDepth++] = { m_lCurrNodeNr, m_pCurr };
-    return 1;
-}
-
-xlong CLList::Pop()
-{
-    if (m_lStackDepth <= 0)
-        return 0;
-    const TCursor &cursor = m_aStack[--m_lStackDepth];
-    m_lCurrNodeNr = cursor.lNumber;
-    m_pCurr = cursor.pNode;
-    return 1;
 }
 
 short CLList::LinkAlone(CNode *pNode)

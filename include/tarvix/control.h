@@ -351,7 +351,12 @@ public:
     xlong m_lNextState;
     xlong m_lPageDone[3];
     xulong *m_pCursor; ///< a cursor of CWinCtrl
-    CRect m_rClip[MAX_CLIPS];
+    /// The pieces to draw in this frame: the first m_lClipCount are objects, the
+    /// others memory that no one has touched, in thousands of controls.
+    union
+    {
+        CRect m_rClip[MAX_CLIPS];
+    };
     xlong m_lClipCount;
 
 protected:

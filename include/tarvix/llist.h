@@ -111,6 +111,66 @@ private:
     void Unlink(CNode *pNode);
 };
 
+inline short CLList::First()
+{
+    m_pCurr = m_pFirst;
+    m_lCurrNodeNr = 0;
+    return m_pCurr != nullptr;
+}
+
+inline short CLList::Last()
+{
+    m_pCurr = m_pLast;
+    m_lCurrNodeNr = m_lNumNodes;
+    return m_pCurr != nullptr;
+}
+
+inline short CLList::Next()
+{
+    if (!m_pCurr)
+        return 0;
+    m_pCurr = m_pCurr->pNext;
+    ++m_lCurrNodeNr;
+    return m_pCurr != nullptr;
+}
+
+inline short CLList::Prev()
+{
+    if (!m_pCurr)
+        return 0;
+    m_pCurr = m_pCurr->pPrev;
+    --m_lCurrNodeNr;
+    return m_pCurr != nullptr;
+}
+
+inline short CLList::Exists()
+{
+    return m_pCurr != nullptr;
+}
+
+inline void *CLList::Get()
+{
+    return m_pCurr ? m_pCurr->pData : nullptr;
+}
+
+inline xlong CLList::Push()
+{
+    if (m_lStackDepth >= 32)
+        return 0;
+    m_aStack[m_lStackDepth++] = { m_lCurrNodeNr, m_pCurr };
+    return 1;
+}
+
+inline xlong CLList::Pop()
+{
+    if (m_lStackDepth <= 0)
+        return 0;
+    const TCursor &cursor = m_aStack[--m_lStackDepth];
+    m_lCurrNodeNr = cursor.lNumber;
+    m_pCurr = cursor.pNode;
+    return 1;
+}
+
 /// Last in, first out. The destructor frees the nodes, not the data.
 class TARVIX_API CStack
 {

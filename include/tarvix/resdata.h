@@ -20,6 +20,7 @@ struct TResDefine
 {
     xlong lId;
     char szName[RES_NAME_SIZE];
+    TResDefine *pNext; ///< of those that the look-up by name walks together
 };
 
 struct TResString
@@ -180,6 +181,14 @@ private:
     xlong LoadPacked(const char *pszPath, xulong ulSize, xulong ulPacked);
     xlong LoadBitmapChunk();
     bool EnterSection(const char *pszName);
+    xlong AddDefine(const char *pszName, xlong lId);
     xlong GetFourBitmaps(CBitmap **ppBitmaps);
     xlong GetFourColors(TCntrlColor **ppColors);
+
+    struct TChain
+    {
+        TResDefine *pFirst, *pLast;
+    };
+    TChain &ChainOf(const char *pszName);
+    TChain m_Chains[256]; // of m_listDefines, in their order
 };

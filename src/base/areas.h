@@ -10,9 +10,8 @@ struct TAreaList
     xlong *plFirst; ///< those before this one are cancelled
 };
 
-/// Joins the new area with those of the list that it overlaps enough; these
-/// are cancelled in place.
-/// @return false when the area is in the list already and bSkipEqual
-bool MergeArea(TAreaList list, CRect &rcNew, bool bSkipEqual);
-/// Appends an area; a full list becomes one area of the whole picture.
-void AppendArea(TAreaList list, const CRect &rcNew, xlong lWidth, xlong lHeight);
+struct SVmode;
+
+/// Merges and appends an area, which may be in the list already.
+/// @param mode  whose whole picture a full list becomes
+void AddArea(TAreaList list, const CRect &rcNew, const SVmode &mode);

@@ -7,10 +7,18 @@ namespace
 // Plain numbers of a rectangle in order, for the walk over a list.
 struct TArea
 {
-    explicit TArea(const CRect &rc)
-        : lLeft(std::min(rc.m_lLeft, rc.m_lRight)), lTop(std::min(rc.m_lTop, rc.m_lBottom)),
-          lRight(std::max(rc.m_lLeft, rc.m_lRight)), lBottom(std::max(rc.m_lTop, rc.m_lBottom))
+    TArea(xlong lX1, xlong lY1, xlong lX2, xlong lY2)
+        : lLeft(std::min(lX1, lX2)), lTop(std::min(lY1, lY2)), lRight(std::max(lX1, lX2)), lBottom(std::max(lY1, lY2))
     {
+    }
+    explicit TArea(const CRect &rc) : TArea(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom) {}
+
+    void Store(CRect &rc) const
+    {
+        rc.m_lLeft = lLeft;
+        rc.m_lTop = lTop;
+        rc.m_lRight = lRight;
+        rc.m_lBottom = lBottom;
     }
 
     // Of the corners' distances, not of pixels: the merging rule counts on it.
@@ -46,20 +54,16 @@ bool IsCancelled(const CRect &rc)
     return rc.m_lLeft == -100 && rc.m_lRight == -101;
 }
 
-CRect MakeArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
+void Cancel(CRect &rcEntry)
 {
-    CRect rc;
-    rc.m_lLeft = std::min(lLeft, lRight);
-    rc.m_lTop = std::min(lTop, lBottom);
-    rc.m_lRight = std::max(lLeft, lRight);
-    rc.m_lBottom = std::max(lTop, lBottom);
-    return rc;
+    rcEntry.m_lLeft = rcEntry.m_lTop = -100;
+    rcEntry.m_lRight = rcEntry.m_lBottom = -101;
 }
-} // namespace
 
-bool MergeArea(TAreaList list, CRect &rcNew, bool bSkipEqual)
+// Joins the new area with those of the list that it overlaps enough; these are
+// cancelled in place. False when the area is in the list already and bSkipEqual.
+bool MergeArea(TAreaList list, TArea &area, bool bSkipEqual)
 {
-    TArea area(rcNew);
     xlong &lFirst = *list.plFirst;
     if (lFirst > *list.plCount)
         lFirst = 0;
@@ -78,40 +82,77 @@ bool MergeArea(TAreaList list, CRect &rcNew, bool bSkipEqual)
         both.Add(entry);
         if (both.Area() - entry.Area() - area.Area() < 0)
         {
-            rcEntry.m_lLeft = rcEntry.m_lTop = -100;
-            rcEntry.m_lRight = rcEntry.m_lBottom = -101;
+            Cancel(rcEntry);
             area = both;
         }
     }
-    rcNew.m_lLeft = area.lLeft;
-    rcNew.m_lTop = area.lTop;
-    rcNew.m_lRight = area.lRight;
-    rcNew.m_lBottom = area.lBottom;
     return true;
 }
 
-void AppendArea(TAreaList list, const CRect &rcNew, xlong lWidth, xlong lHeight)
+// A full list becomes one area of the whole picture.
+void AppendArea(TAreaList list, const TArea &area, const SVmode &mode)
 {
     if (!*list.plCount)
         *list.plFirst = 0;
     if (*list.plCount < CScreenBase::MAX_AREAS)
     {
-        list.pAreas[(*list.plCount)++] = rcNew;
+        area.Store(list.pAreas[(*list.plCount)++]);
         return;
     }
-    list.pAreas[0].Set(0, 0, lWidth - 1, lHeight - 1);
+    list.pAreas[0].Set(0, 0, mode.lWidth - 1, mode.lHeight - 1);
     *list.plCount = 1;
     *list.plFirst = 0;
+}
+
+// What merging and appending come to when all of the list is one last entry
+// that holds the area: the entry moves to the end. So it goes when windows are
+// shown, again and again for each of their controls.
+bool MoveHolder(TAreaList list, const TArea &area)
+{
+    const xlong lLast = *list.plCount - 1;
+    if (lLast < 0 || *list.plFirst != lLast || lLast + 1 >= CScreenBase::MAX_AREAS || area.lLeft == area.lRight ||
+        area.lTop == area.lBottom)
+        return false;
+    CRect *const pLast = list.pAreas + lLast;
+    const __m128i NewArea = _mm_setr_epi32(area.lLeft, area.lTop, area.lRight, area.lBottom);
+    const __m128i Entry = _mm_loadu_si128((const __m128i *)&pLast->m_lLeft);
+    const __m128i IsLess = _mm_cmpgt_epi32(NewArea, Entry);
+    const __m128i IsOutside = _mm_unpacklo_epi64(_mm_cmpgt_epi32(Entry, NewArea), _mm_unpackhi_epi64(IsLess, IsLess));
+    const __m128i IsLarge = _mm_andnot_si128(_mm_set1_epi32(32767), _mm_add_epi32(Entry, _mm_set1_epi32(16384)));
+    const __m128i IsBad = _mm_or_si128(IsOutside, IsLarge);
+    if (_mm_movemask_epi8(_mm_cmpeq_epi32(IsBad, _mm_setzero_si128())) != 0xffff ||
+        _mm_movemask_epi8(_mm_cmpeq_epi32(Entry, NewArea)) == 0xffff)
+        return false;
+    _mm_storeu_si128((__m128i *)&pLast[1].m_lLeft, Entry);
+    _mm_storeu_si128((__m128i *)&pLast->m_lLeft, _mm_setr_epi32(-100, -100, -101, -101));
+    *list.plFirst = (*list.plCount)++;
+    return true;
+}
+
+[[gnu::noinline]] void AddToMany(TAreaList list, TArea area, const SVmode &mode)
+{
+    if (MergeArea(list, area, true))
+        AppendArea(list, area, mode);
+}
+
+inline void Add(TAreaList list, const TArea &area, const SVmode &mode)
+{
+    if (!MoveHolder(list, area))
+        AddToMany(list, area, mode);
+}
+} // namespace
+
+void AddArea(TAreaList list, const CRect &rcNew, const SVmode &mode)
+{
+    Add(list, TArea(rcNew), mode);
 }
 
 void CScreenBase::AddClearArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
 {
     if (!m_bPersistentMode || !m_pMode)
         return;
-    CRect rc = MakeArea(lLeft, lTop, lRight, lBottom);
-    const TAreaList list = { m_ClearAreas[m_lPage], &m_lClearCount[m_lPage], &m_lClearFirst[m_lPage] };
-    if (MergeArea(list, rc, true))
-        AppendArea(list, rc, m_pMode->lWidth, m_pMode->lHeight);
+    Add({ m_ClearAreas[m_lPage], &m_lClearCount[m_lPage], &m_lClearFirst[m_lPage] },
+        TArea(lLeft, lTop, lRight, lBottom), *m_pMode);
 }
 
 void CScreenBase::AddClearAreaGui(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
@@ -126,13 +167,12 @@ void CScreenBase::AddClearAreaPersistent(xlong lLeft, xlong lTop, xlong lRight, 
 {
     if (!m_pMode)
         return;
-    CRect rc = MakeArea(lLeft, lTop, lRight, lBottom);
-    MergeArea({ m_PersistentAreas[m_lPage], &m_lPersistentCount[m_lPage], &m_lPersistentFirst[m_lPage] }, rc, false);
+    TArea area(lLeft, lTop, lRight, lBottom);
+    MergeArea({ m_PersistentAreas[m_lPage], &m_lPersistentCount[m_lPage], &m_lPersistentFirst[m_lPage] }, area, false);
     // Every page shows the persistent picture, so each has to be restored.
     const xlong lPages = std::min<xlong>(m_lNumPages, PAGES);
     for (xlong i = 0; i < lPages; ++i)
-        AppendArea({ m_PersistentAreas[i], &m_lPersistentCount[i], &m_lPersistentFirst[i] }, rc, m_pMode->lWidth,
-                   m_pMode->lHeight);
+        AppendArea({ m_PersistentAreas[i], &m_lPersistentCount[i], &m_lPersistentFirst[i] }, area, *m_pMode);
 }
 
 void CScreenBase::AddShadowArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
@@ -158,8 +198,6 @@ void CScreenBase::ASA(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
 {
     if (!m_pMode)
         return;
-    CRect rc = MakeArea(lLeft, lTop, lRight, lBottom);
-    const TAreaList list = { m_ValidateAreas[m_lPage], &m_lValidateCount[m_lPage], &m_lValidateFirst[m_lPage] };
-    if (MergeArea(list, rc, true))
-        AppendArea(list, rc, m_pMode->lWidth, m_pMode->lHeight);
+    Add({ m_ValidateAreas[m_lPage], &m_lValidateCount[m_lPage], &m_lValidateFirst[m_lPage] },
+        TArea(lLeft, lTop, lRight, lBottom), *m_pMode);
 }

@@ -392,7 +392,7 @@ xlong CControlBase::Validate(CRect *pArea, xlong lIndex)
             }
         }
     if (m_lClipCount < MAX_CLIPS)
-        m_rClip[m_lClipCount++] = rcPiece;
+        ::new ((void *)&m_rClip[m_lClipCount++]) CRect(rcPiece);
     else
         // No room: the last piece grows, so that nothing stays undrawn.
         m_rClip[MAX_CLIPS - 1].Union(&m_rClip[MAX_CLIPS - 1], &rcPiece);

@@ -242,31 +242,33 @@ xlong CDialog::GetCommon(CResData *pRes, TGuiCtrl *pGuiCtrl, const char *pszType
 {
     CControlBase *const pCtrl = pGuiCtrl->pCtrl;
     CErrorBase &error = glb->m_Error;
-    const char *const pszName = NameOf(pRes, pGuiCtrl);
     if (FindOptional(pRes, "Bitmap"))
     {
         pCtrl->SetFlag(CNTRL_HASBITMAP);
         if (!SetBitmaps(pRes, pCtrl))
-            return error.SetErrorf("Unable to get the Bitmap's in the \"%s\" %s ctrl", pszName, pszTypeWord);
+            return error.SetErrorf("Unable to get the Bitmap's in the \"%s\" %s ctrl", NameOf(pRes, pGuiCtrl),
+                                   pszTypeWord);
     }
     if (FindOptional(pRes, "TextBufferSize"))
     {
         xlong lSize = 0;
         if (!pRes->GetLong(0, &lSize) || !pCtrl->AllocBuffer(lSize))
-            return error.SetErrorf("Unable to get the buffer size in the \"%s\" %s ctrl", pszName, pszTypeWord);
+            return error.SetErrorf("Unable to get the buffer size in the \"%s\" %s ctrl", NameOf(pRes, pGuiCtrl),
+                                   pszTypeWord);
     }
     if (FindOptional(pRes, "Font"))
     {
         CFont *const pFont = pRes->GetFont((xlong)0);
         if (!pFont)
-            return error.SetErrorf("Unable to get the font in the \"%s\" %s ctrl", pszName, pszTypeWord);
+            return error.SetErrorf("Unable to get the font in the \"%s\" %s ctrl", NameOf(pRes, pGuiCtrl), pszTypeWord);
         pCtrl->SetFont(pFont, nullptr);
     }
     if (FindOptional(pRes, "TextColor"))
     {
         TRGBA Color(0, 0, 0);
         if (!pRes->GetColor(0, &Color, 0))
-            return error.SetErrorf("Unable to get the text color in the \"%s\" %s ctrl", pszName, pszTypeWord);
+            return error.SetErrorf("Unable to get the text color in the \"%s\" %s ctrl", NameOf(pRes, pGuiCtrl),
+                                   pszTypeWord);
         pCtrl->SetTextColor(Color);
     }
     if (FindOptional(pRes, "Colors"))
@@ -276,8 +278,8 @@ xlong CDialog::GetCommon(CResData *pRes, TGuiCtrl *pGuiCtrl, const char *pszType
         {
             pColors[l] = pRes->GetCntrlColor(l);
             if (!pColors[l])
-                return error.SetErrorf("Unable to get color nr %ld in the \"%s\" %s ctrl", (long)l, pszName,
-                                       pszTypeWord);
+                return error.SetErrorf("Unable to get color nr %ld in the \"%s\" %s ctrl", (long)l,
+                                       NameOf(pRes, pGuiCtrl), pszTypeWord);
         }
         pCtrl->SetColors(pColors[0], pColors[1], pColors[2], pColors[3]);
     }
@@ -285,7 +287,8 @@ xlong CDialog::GetCommon(CResData *pRes, TGuiCtrl *pGuiCtrl, const char *pszType
     {
         xlong lAlpha = 0;
         if (!pRes->GetLong(0, &lAlpha))
-            return error.SetErrorf("Unable to get the alpha value for \"%s\" %s ctrl", pszName, pszTypeWord);
+            return error.SetErrorf("Unable to get the alpha value for \"%s\" %s ctrl", NameOf(pRes, pGuiCtrl),
+                                   pszTypeWord);
         pCtrl->SetAlpha(lAlpha);
         pCtrl->SetFlag(CNTRL_ALPHA);
     }

@@ -91,7 +91,7 @@ void ResetDefaults(CWinCtrl &manager, const CResData &res)
 }
 } // namespace
 
-CResData::CResData() {}
+CResData::CResData() : m_Chains() {}
 
 CResData::~CResData()
 {
@@ -164,6 +164,7 @@ xlong CResData::Free()
         FreeCntrlAnim(((TResAnim *)m_listAnims.Get())->pAnim);
     DeleteAll<TResAnim>(m_listAnims);
     DeleteAll<TResDefine>(m_listDefines);
+    memset(m_Chains, 0, sizeof(m_Chains));
     DeleteAll<TBitmapRes>(m_listBitmaps);
     DeleteAll<TResValue>(m_listValues);
     DeleteAll<TResCntrlColor>(m_listCntrlColors);
@@ -173,6 +174,15 @@ xlong CResData::Free()
     m_listColors.KillAllData();
     CKCBL::Free();
     return 1;
+}
+
+CResData::TChain &CResData::ChainOf(const char *pszName)
+{
+    // Without the bit that is the case of a letter.
+    xulong ulHash = 0;
+    for (; *pszName; ++pszName)
+        ulHash = ulHash * 31 + (xulong)(*pszName | 32);
+    return m_Chains[(ulHash ^ ulHash >> 8) & 255];
 }
 
 xlong CResData::EnterDataChunk()
@@ -195,11 +205,13 @@ char *CResData::GetResName(xlong lId)
 
 xlong CResData::GetResId(const char *pszName, xlong *plId)
 {
-    const TResDefine *const pDefine = FindName<TResDefine>(m_listDefines, pszName);
-    if (!pDefine)
-        return 0;
-    *plId = pDefine->lId;
-    return 1;
+    for (const TResDefine *pDefine = pszName ? ChainOf(pszName).pFirst : nullptr; pDefine; pDefine = pDefine->pNext)
+        if (!xStricmp(pDefine->szName, pszName))
+        {
+            *plId = pDefine->lId;
+            return 1;
+        }
+    return 0;
 }
 
 char *CResData::GetResString(xlong lId)

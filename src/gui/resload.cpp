@@ -29,16 +29,6 @@ struct TBuiltInColor
 const TBuiltInColor s_Colors[] = { { "black", 1, 1, 1 }, { "white", 255, 255, 255 }, { "grey", 128, 128, 128 },
                                    { "red", 255, 0, 0 }, { "green", 0, 255, 0 },     { "blue", 0, 0, 255 } };
 
-xlong AddDefine(CLList &list, const char *pszName, xlong lId)
-{
-    CNewRecord<TResDefine> define(XNEW(TResDefine));
-    if (!define)
-        return xError(XERR_MEMORY);
-    define->lId = lId;
-    TakeName(define->szName, pszName);
-    return define.GiveTo(list);
-}
-
 // A record of bytes, for KillAllData. @return null with XERR_MEMORY
 template <class TRecord>
 TRecord *NewFitted(size_t ulSize)
@@ -127,12 +117,29 @@ bool CResData::EnterSection(const char *pszName)
     return FirstItem() && FindItem("{", pszName, nullptr, nullptr) && EnterChunk();
 }
 
+xlong CResData::AddDefine(const char *pszName, xlong lId)
+{
+    CNewRecord<TResDefine> define(XNEW(TResDefine));
+    if (!define)
+        return xError(XERR_MEMORY);
+    define->lId = lId;
+    define->pNext = nullptr;
+    TakeName(define->szName, pszName);
+    TResDefine *const pDefine = define.Get();
+    if (!define.GiveTo(m_listDefines))
+        return 0;
+    TChain &chain = ChainOf(pszName);
+    (chain.pFirst ? chain.pLast->pNext : chain.pFirst) = pDefine;
+    chain.pLast = pDefine;
+    return 1;
+}
+
 xlong CResData::SetupDefines()
 {
     if (!EnterSection("Defines"))
         return 1;
     for (const TBuiltInDefine &define : s_Defines)
-        if (!AddDefine(m_listDefines, define.pszName, define.lId))
+        if (!AddDefine(define.pszName, define.lId))
             return 0;
     for (; ItemExists(); NextItem(0))
     {
@@ -143,7 +150,7 @@ xlong CResData::SetupDefines()
             return Refuse(s_szNameTooBig, GetKeyword());
         if (!GetLong(0, &lId))
             return Refuse("Unable to get define id for \"%s\"", GetKeyword());
-        if (!AddDefine(m_listDefines, GetKeyword(), lId))
+        if (!AddDefine(GetKeyword(), lId))
             return 0;
     }
     return 1;

@@ -714,10 +714,7 @@ void CDibScreen::AddDibLayerArea(xlong lLeft, xlong lTop, xlong lRight, xlong lB
         return;
     CRect rc;
     rc.Set(lLeft, lTop, lRight, lBottom);
-    rc.Normalize();
-    const TAreaList list = { m_DibAreas[m_lPage], &m_lDibCount[m_lPage], &m_lDibFirst[m_lPage] };
-    if (MergeArea(list, rc, true))
-        AppendArea(list, rc, m_pMode->lWidth, m_pMode->lHeight);
+    AddArea({ m_DibAreas[m_lPage], &m_lDibCount[m_lPage], &m_lDibFirst[m_lPage] }, rc, *m_pMode);
 }
 
 void CDibScreen::UpdateWindowVariables()

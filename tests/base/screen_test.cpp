@@ -99,19 +99,41 @@ TEST_F(CScreenBaseTest, AreasMergeByTheRuleWhereverTheyLie)
     SetMode(640, 480, 16);
     CDibScreen &s = *Screen();
     std::mt19937 random(7);
-    for (const unsigned uSpread : { 60u, 700u, 40000u, 200000u, 4000000000u })
+    // The rows with a frame begin with one area that holds all others.
+    struct TCase
+    {
+        unsigned uSpread;
+        xlong lFrame;
+    };
+    for (const auto [uSpread, lFrame] : { TCase{ 60, 0 },
+                                          { 700, 0 },
+                                          { 40000, 0 },
+                                          { 200000, 0 },
+                                          { 4000000000u, 0 },
+                                          { 40, 60 },
+                                          { 400, 240 },
+                                          { 4000, 16384 },
+                                          { 4000, 20000 },
+                                          { 40000, 60000 } })
     {
         s.m_lClearCount[0] = 0;
         CAreaModel model;
+        if (lFrame)
+        {
+            s.AddClearArea(-lFrame, -lFrame, lFrame - 1, lFrame - 1);
+            model.Add({ -lFrame, -lFrame, lFrame - 1, lFrame - 1 });
+        }
         for (int n = 0; n < 600; ++n)
         {
             std::array<xlong, 4> rc;
             for (xlong &l : rc)
                 l = (xlong)(random() % uSpread - uSpread / 2);
-            if (n % 3)
+            if (n % 16 == 15 && n > 16)
+                rc = model.m_Areas.back();
+            else if (n % 3)
             {
-                rc[2] = rc[0] + (xlong)(random() % 40);
-                rc[3] = rc[1] + (xlong)(random() % 40);
+                rc[2] = rc[0] + (xlong)(random() % 20);
+                rc[3] = rc[1] + (xlong)(random() % 20);
             }
             s.AddClearArea(rc[0], rc[1], rc[2], rc[3]);
             model.Add(rc);

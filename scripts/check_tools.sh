@@ -218,13 +218,18 @@ check_xbfmake() {
     expect 0 xbfmake $fonts/DejaVuSans.ttf grey.xbf --size 12 --grey --range 65-70,48
     grep -q '7 characters' out || fail "xbfmake --range: $(cat out)"
 
-    # One letter of 3 by 2 pixels, as its rows say.
-    printf '%s\n' "STARTFONT 2.1" "FONT tiny" "SIZE 8 75 75" "FONTBOUNDINGBOX 4 8 0 -2" "STARTPROPERTIES 2" \
-        "FONT_ASCENT 6" "FONT_DESCENT 2" ENDPROPERTIES "CHARS 1" "STARTCHAR A" "ENCODING 65" "SWIDTH 500 0" "DWIDTH 5 0" \
-        "BBX 3 2 1 0" BITMAP A0 40 ENDCHAR ENDFONT >tiny.bdf
-    expect 0 xbfmake tiny.bdf tiny.xbf --size 8 --preview tiny.bmp --text A
-    convert tiny.bmp -crop 5x2+8+8 -fill black +opaque white -colorspace gray -depth 8 gray:- | od -An -tu1 | tr -d ' \n' >out
-    [ "$(cat out)" = "0255025500025500" ] || fail "xbfmake, BDF: $(cat out)"
+    # One letter of 3 by 2 pixels, as its rows say, with four bits and with one bit a pixel.
+    local rows bits first second
+    for rows in "4 F0F0 0F00" "1 A0 40"; do
+        read -r bits first second <<<"$rows"
+        printf '%s\n' "STARTFONT 2.1" "FONT tiny" "SIZE 8 75 75 $bits" "FONTBOUNDINGBOX 4 8 0 -2" "STARTPROPERTIES 2" \
+            "FONT_ASCENT 6" "FONT_DESCENT 2" ENDPROPERTIES "CHARS 1" "STARTCHAR A" "ENCODING 65" "SWIDTH 500 0" \
+            "DWIDTH 5 0" "BBX 3 2 1 0" BITMAP "$first" "$second" ENDCHAR ENDFONT >tiny.bdf
+        expect 0 xbfmake tiny.bdf tiny.xbf --size 8 --preview tiny.bmp --text A
+        convert tiny.bmp -crop 5x2+8+8 -fill black +opaque white -colorspace gray -depth 8 gray:- | od -An -tu1 |
+            tr -d ' \n' >out
+        [ "$(cat out)" = "0255025500025500" ] || fail "xbfmake, BDF with $bits bits: $(cat out)"
+    done
 
     cp tiny.xbf kept.xbf
     head -c 20000 $fonts/DejaVuSans.ttf >cut.ttf

@@ -186,7 +186,7 @@ int Show(const TOptions &options)
             break;
         viewer.Poll();
     }
-    if (!options.strShot.empty() && !SaveScreen(options.strShot))
+    if (!options.strShot.empty() && !host.SaveShot(options.strShot.c_str()))
         return host.Fail();
     return EXIT_GOOD;
 }

@@ -411,26 +411,3 @@ void CViewer::ShowFault(const std::vector<std::string> &lines)
     m_pFaultSprite = std::make_unique<CSprite>();
     m_pFaultSprite->Create(&m_FaultPicture, nullptr, 0, 0, 0, mode.lHeight - lHeight, XSPRITE_LOOP, 1, 0);
 }
-
-bool SaveScreen(const std::string &strFile)
-{
-    CScreenBase *const pScreen = glb->m_pScreen;
-    const SVmode &mode = *pScreen->GetActiveMode();
-    // The picture of a frame stands between its drawing and its end.
-    pScreen->FlipPage();
-    CBitmap shot;
-    const unsigned char *const pBits = pScreen->LockScreenBuffer();
-    const xlong lCreated = mode.lIndexed
-                               ? shot.CreateIndex(mode.lWidth, mode.lHeight, 8, pScreen->GetPalette(), 0)
-                               : shot.CreateRGB(mode.lWidth, mode.lHeight, mode.lDepth, mode.lRedBits, mode.lGreenBits,
-                                                mode.lBlueBits, mode.lRedShift, mode.lGreenShift, mode.lBlueShift, 0);
-    if (!pBits || !lCreated)
-        return false;
-    for (xlong y = 0; y < mode.lHeight; ++y)
-        memcpy(shot.m_pData + (size_t)y * shot.m_lPitch, pBits + (size_t)y * mode.lRowBytes,
-               (size_t)std::min(shot.m_lPitch, mode.lRowBytes));
-    pScreen->ReleaseScreenBuffer();
-    if (!mode.lIndexed && !shot.ConvertRGB(-1, -1, 24, 8, 8, 8, 0, 8, 16, XBMP_NO_KEY_PASS))
-        return false;
-    return shot.Save(strFile.c_str(), nullptr, nullptr, nullptr, 0) != 0;
-}

@@ -68,6 +68,3 @@ private:
     CBitmap m_FaultPicture;
     std::unique_ptr<CSprite> m_pFaultSprite;
 };
-
-/// Writes the screen to a file, with all that is drawn at a frame's end.
-bool SaveScreen(const std::string &strFile);

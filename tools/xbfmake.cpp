@@ -9,6 +9,7 @@
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
+#include FT_BITMAP_H
 
 #include <stdlib.h>
 #include <string.h>
@@ -189,19 +190,21 @@ public:
             FT_Load_Glyph(m_Face, uIndex, FT_LOAD_RENDER | (bGrey ? FT_LOAD_TARGET_NORMAL : FT_LOAD_TARGET_MONO)))
             return false;
         const FT_GlyphSlot slot = m_Face->glyph;
-        const FT_Bitmap &bitmap = slot->bitmap;
+        // A BDF font may have one, two, four or eight bits a pixel.
+        FT_Bitmap bytes;
+        FT_Bitmap_Init(&bytes);
+        if (FT_Bitmap_Convert(m_Library, &slot->bitmap, &bytes, 1))
+            return false;
         glyph.nStep = std::max(0, (int)(slot->advance.x + 32) >> 6);
         glyph.nLeft = slot->bitmap_left;
         glyph.nTop = slot->bitmap_top;
-        glyph.nWidth = (int)bitmap.width;
-        glyph.nHeight = (int)bitmap.rows;
+        glyph.nWidth = (int)bytes.width;
+        glyph.nHeight = (int)bytes.rows;
+        const int nMost = std::max(1, bytes.num_grays - 1);
         for (int y = 0; y < glyph.nHeight; ++y)
             for (int x = 0; x < glyph.nWidth; ++x)
-            {
-                const unsigned char *const pRow = bitmap.buffer + y * bitmap.pitch;
-                const bool bBits = bitmap.pixel_mode == FT_PIXEL_MODE_MONO;
-                glyph.pixels.push_back(bBits ? (pRow[x / 8] & 0x80 >> x % 8 ? s_ucInk : 0) : pRow[x]);
-            }
+                glyph.pixels.push_back((unsigned char)(bytes.buffer[y * bytes.pitch + x] * s_ucInk / nMost));
+        FT_Bitmap_Done(m_Library, &bytes);
         return true;
     }
 

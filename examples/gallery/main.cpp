@@ -96,24 +96,6 @@ bool EnterFolder(TOptions &options, const char *pszProgram)
     return !error;
 }
 
-bool Save(const std::string &strFile)
-{
-    const SVmode &mode = *glb->m_pScreen->GetActiveMode();
-    CBitmap shot;
-    const unsigned char *const pBits = glb->m_pScreen->LockScreenBuffer();
-    const xlong lCreated = mode.lIndexed
-                               ? shot.CreateIndex(mode.lWidth, mode.lHeight, 8, glb->m_pScreen->GetPalette(), 0)
-                               : shot.CreateRGB(mode.lWidth, mode.lHeight, mode.lDepth, mode.lRedBits, mode.lGreenBits,
-                                                mode.lBlueBits, mode.lRedShift, mode.lGreenShift, mode.lBlueShift, 0);
-    if (!pBits || !lCreated)
-        return false;
-    for (xlong y = 0; y < mode.lHeight; ++y)
-        memcpy(shot.m_pData + (size_t)y * shot.m_lPitch, pBits + (size_t)y * mode.lRowBytes, (size_t)mode.lRowBytes);
-    glb->m_pScreen->ReleaseScreenBuffer();
-    if (!mode.lIndexed && !shot.ConvertRGB(-1, -1, 24, 8, 8, 8, 0, 8, 16, XBMP_NO_KEY_PASS))
-        return false;
-    return shot.Save(strFile.c_str(), nullptr, nullptr, nullptr, 0) != 0;
-}
 // A number of frames without a user is a recording in which nothing happens.
 bool StartReplay(CTarvixHost &host, const TOptions &options)
 {
@@ -157,12 +139,7 @@ int main(int argc, char **argv)
         if (!host.Frame() || (bPlaying && !host.IsPlaying()) || (options.lFrames && lFrame >= options.lFrames))
             break;
     }
-    if (!options.strShot.empty())
-    {
-        // The picture of a frame stands between its drawing and its end.
-        glb->m_pScreen->FlipPage();
-        if (!Save(options.strShot))
-            return host.Fail();
-    }
+    if (!options.strShot.empty() && !host.SaveShot(options.strShot.c_str()))
+        return host.Fail();
     return host.StopReplay() ? 0 : host.Fail();
 }

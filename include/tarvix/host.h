@@ -1,6 +1,8 @@
 #pragma once
 
 #include "tarvix/alpha.h"
+#include "tarvix/bitmap.h"
+#include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/mouse.h"
 #include "tarvix/replay.h"
@@ -146,6 +148,34 @@ public:
     bool StopReplay()
     {
         return m_Replay.Stop() != 0;
+    }
+
+    /// Writes the picture with all that stands on it at a frame's end to a file,
+    /// of the kind that its name says: with its palette, or at 24 bits. It
+    /// flips the page for that, so it belongs between two frames.
+    /// @return false with the error stored, or without a mode
+    bool SaveShot(const char *pszFile) const
+    {
+        CScreenBase *const pScreen = glb->m_pScreen;
+        if (!pScreen || !pScreen->GetActiveMode())
+            return false;
+        pScreen->FlipPage();
+        const SVmode &mode = *pScreen->GetActiveMode();
+        CBitmap shot;
+        if (!(mode.lIndexed ? shot.CreateIndex(mode.lWidth, mode.lHeight, 8, pScreen->GetPalette(), 0)
+                            : shot.CreateRGB(mode.lWidth, mode.lHeight, mode.lDepth, mode.lRedBits, mode.lGreenBits,
+                                             mode.lBlueBits, mode.lRedShift, mode.lGreenShift, mode.lBlueShift, 0)))
+            return xError(XERR_MEMORY) != 0;
+        const unsigned char *const pBits = pScreen->LockScreenBuffer();
+        if (!pBits)
+            return false;
+        const xlong lBytes = mode.lWidth * mode.lDepth / 8;
+        for (xlong y = 0; y < mode.lHeight; ++y)
+            memcpy(shot.m_pData + (size_t)y * shot.m_lPitch, pBits + (size_t)y * mode.lRowBytes, (size_t)lBytes);
+        pScreen->ReleaseScreenBuffer();
+        if (!mode.lIndexed && !shot.ConvertRGB(-1, -1, 24, 8, 8, 8, 0, 8, 16, XBMP_NO_KEY_PASS))
+            return false;
+        return shot.Save(pszFile, nullptr, nullptr, nullptr, 0) != 0;
     }
 
     /// The last error's text; never null.

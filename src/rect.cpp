@@ -9,6 +9,10 @@ bool IsBelow(xlong lA1, xlong lA2, xlong lB1, xlong lB2)
 }
 } // namespace
 
+CRect::CRect() : m_lLeft(0), m_lTop(0), m_lRight(0), m_lBottom(0) {}
+
+CRect::~CRect() {}
+
 void CRect::Set(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
 {
     m_lLeft = lLeft;

@@ -10,10 +10,10 @@ class TARVIX_API CRect
 public:
     TARVIX_HEAP_CLASS
 
-    [[gnu::used]] CRect() : m_lLeft(0), m_lTop(0), m_lRight(0), m_lBottom(0) {}
+    CRect();
     CRect(const CRect &) = default;
     CRect &operator=(const CRect &) = default;
-    virtual ~CRect() {}
+    virtual ~CRect();
 
     /// Stores the corners as given.
     void Set(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom);

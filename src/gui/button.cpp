@@ -29,6 +29,9 @@ xlong CButton::SetDefault()
 
 xlong CButton::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, void *pData)
 {
+    // The others concern no button, and each change of the active window sends one to all of them.
+    if (lMsg != XGUIMSG_KEY && lMsg != XGUIMSG_MOUSE)
+        return 0;
     return ButtonMessage(*this, s_Button, lMsg, lP1, lP2, lP3);
 }
 

@@ -54,6 +54,14 @@ void DeleteAll(CLList &list)
     list.KillAll();
 }
 
+// Most names of a table begin alike, so where a word has its last letter is
+// looked at before all of it is compared.
+bool IsWord(const char *pszName, const char *pszText, size_t ulWord)
+{
+    return strnlen(pszName, ulWord + 1) == ulWord && !((pszName[ulWord - 1] ^ pszText[ulWord - 1]) & ~32) &&
+           !xStrnicmp(pszName, pszText, (xlong)ulWord);
+}
+
 template <class TRecord>
 TRecord *FindId(CLList &list, xlong lId)
 {
@@ -299,7 +307,7 @@ xlong CResData::GetData(const TResData *pTable, const char *pszText, xlong *plRe
     {
         const size_t ulWord = strcspn(pszText, s_szSeparators);
         const TResData *pRow = pTable;
-        while (pRow->pszName && (xStrnicmp(pRow->pszName, pszText, (xlong)ulWord) || pRow->pszName[ulWord]))
+        while (pRow->pszName && !IsWord(pRow->pszName, pszText, ulWord))
             ++pRow;
         if (!pRow->pszName)
             return xErrorTxt("Unknown flag");

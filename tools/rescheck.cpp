@@ -1,5 +1,7 @@
 #include "rescheck.h"
 
+#include "tool.h"
+
 #include "tarvix/resdata.h"
 #include "tarvix/strings.h"
 #include "tarvix/system.h"
@@ -47,12 +49,6 @@ xlong KeepFault(const TKCBLFault *pFault, void *pUser)
 {
     ((std::vector<TFault> *)pUser)->push_back({ *pFault, pFault->pszText });
     return 1;
-}
-
-std::string Lower(std::string str)
-{
-    xStrLowerCase(str.data());
-    return str;
 }
 
 std::string Quoted(const std::string &str)

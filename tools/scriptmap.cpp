@@ -4,19 +4,12 @@
 #include "tool.h"
 
 #include "tarvix/control.h"
-#include "tarvix/strings.h"
 
 #include <algorithm>
 
 namespace
 {
 const int s_nDeepest = 50;
-
-std::string Lower(std::string str)
-{
-    xStrLowerCase(str.data());
-    return str;
-}
 
 std::string Text(const char *psz)
 {

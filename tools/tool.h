@@ -3,6 +3,7 @@
 
 #include "tarvix/globals.h"
 #include "tarvix/start.h"
+#include "tarvix/strings.h"
 
 #include <stdio.h>
 
@@ -17,6 +18,13 @@ enum
     EXIT_BAD = 1,  ///< a file or its contents
     EXIT_USAGE = 2 ///< the command line
 };
+
+/// In small letters: names are compared without regard to case.
+inline std::string Lower(std::string str)
+{
+    xStrLowerCase(str.data());
+    return str;
+}
 
 /// The globals of a program that opens no window.
 class CTool

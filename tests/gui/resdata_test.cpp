@@ -5,6 +5,9 @@
 #include "slots.h"
 #include "tarvix/lzss.h"
 
+#include <algorithm>
+#include <random>
+
 namespace
 {
 // As the tool pres packs.
@@ -473,6 +476,53 @@ TEST_F(CResDataTest, PackedFilesEqualTheirText)
     EXPECT_EQ(ReadFile("text.out"), ReadFile("packed.out"));
     EXPECT_EQ(text.m_listDefines.GetNumNodes(), packed.m_listDefines.GetNumNodes());
     EXPECT_EQ(Pixels(text.GetBm("Corner")), Pixels(packed.GetBm("Corner")));
+}
+
+// The look-up walks chains by a hash; a plain walk over the list is what it has to agree with.
+TEST_F(CResDataTest, NamesAreFoundAsAWalkOverTheListFindsThem)
+{
+    std::mt19937 random(11);
+    const auto Name = [&]
+    {
+        std::string str = "n";
+        for (unsigned u = random() % 4 + (random() % 9 ? 0 : 26); u; --u)
+            str += "aAbB1_zZ"[random() % 8];
+        return str;
+    };
+    const auto IsSame = [](const std::string &a, const char *psz)
+    {
+        return a.size() == strlen(psz) &&
+               std::equal(a.begin(), a.end(), psz, [](char x, char y) { return tolower(x) == tolower(y); });
+    };
+    CResData res;
+    std::vector<std::string> names;
+    for (int nFile = 0; nFile < 2; ++nFile)
+    {
+        std::string strScript = "{ = Defines\n";
+        for (int n = 0; n < 700; ++n)
+        {
+            names.push_back(Name());
+            strScript += names.back() + " = " + std::to_string(nFile * 1000 + n) + "\n";
+        }
+        ASSERT_EQ(1, res.Import((strScript + "}\n").c_str()));
+        names.push_back(names.back() + "2");
+        names.push_back("");
+        int nFound = 0;
+        for (const std::string &strName : names)
+        {
+            const CNode *pNode = res.m_listDefines.m_pFirst;
+            while (pNode && !IsSame(strName, ((TResDefine *)pNode->pData)->szName))
+                pNode = pNode->pNext;
+            xlong lId = -1;
+            ASSERT_EQ(pNode != nullptr, res.GetResId(strName.c_str(), &lId)) << strName;
+            ASSERT_EQ(pNode ? ((TResDefine *)pNode->pData)->lId : -1, lId) << strName;
+            nFound += pNode != nullptr;
+        }
+        EXPECT_EQ((nFile + 1) * 700, nFound);
+    }
+    res.Free();
+    xlong lId = 0;
+    EXPECT_EQ(0, res.GetResId(names[0].c_str(), &lId));
 }
 
 TEST_F(CResDataTest, LoadsAgainAndWithoutSomeSections)

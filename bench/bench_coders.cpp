@@ -1,7 +1,7 @@
 // LZSS beside a plain coder and zlib, Base64 beside a plain loop.
 
 #include "paired.h"
-#include "tests/plainlzss.h"
+#include "tests/coders/plainlzss.h"
 
 #include "tarvix/base64.h"
 #include "tarvix/globals.h"

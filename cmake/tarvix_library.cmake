@@ -2,20 +2,22 @@
 # product and for the variant that the tests link.
 
 file(GLOB_RECURSE TARVIX_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/*.cpp)
-file(GLOB_RECURSE TARVIX_PLATFORM_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/platform/*.cpp)
+file(GLOB TARVIX_PLATFORM_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/platform/*.cpp)
+# The desktop in memory that tests work on is in no product build.
+file(GLOB TARVIX_TESTFACE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/platform/testing/*.cpp)
 if(NOT WIN32)
     find_package(PkgConfig REQUIRED)
     pkg_check_modules(SDL2 REQUIRED IMPORTED_TARGET sdl2)
 endif()
 
 # fopen is reserved to the file module and the platform folder, see src/prefix.h.
-set(TARVIX_MAY_FOPEN ${CMAKE_SOURCE_DIR}/src/ansi/file.cpp)
+set(TARVIX_MAY_FOPEN ${CMAKE_SOURCE_DIR}/src/core/file.cpp)
 file(GLOB_RECURSE TARVIX_WIN_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/win/*.cpp)
 set_property(SOURCE ${TARVIX_WIN_SOURCES} APPEND PROPERTY COMPILE_DEFINITIONS TARVIX_PLATFORM_CALLS)
 set_property(SOURCE ${TARVIX_MAY_FOPEN} APPEND PROPERTY COMPILE_DEFINITIONS TARVIX_MAY_FOPEN)
 
 # Reports work on a null object, so its tests of this must stay.
-set_property(SOURCE ${CMAKE_SOURCE_DIR}/src/ansi/error.cpp APPEND PROPERTY COMPILE_OPTIONS
+set_property(SOURCE ${CMAKE_SOURCE_DIR}/src/core/error.cpp APPEND PROPERTY COMPILE_OPTIONS
     -fno-delete-null-pointer-checks -fno-sanitize=null,alignment,vptr)
 
 set(TARVIX_WARNINGS -Wall -Wextra -Wno-unused-parameter -Wno-missing-field-initializers)
@@ -42,8 +44,11 @@ function(tarvix_add_library name)
         target_include_directories(${name}_platform PRIVATE ${CMAKE_SOURCE_DIR}/include ${CMAKE_SOURCE_DIR})
         target_compile_options(${name}_platform PRIVATE
             ${TARVIX_WARNINGS} -fvisibility=hidden -fwrapv -fno-exceptions)
-        target_compile_definitions(${name}_platform PRIVATE TARVIX_BUILD
-            $<$<STREQUAL:${name},tarvix_testing>:TARVIX_TESTING>)
+        target_compile_definitions(${name}_platform PRIVATE TARVIX_BUILD)
+        if(name STREQUAL tarvix_testing)
+            target_sources(${name}_platform PRIVATE ${TARVIX_TESTFACE_SOURCES})
+            target_compile_definitions(${name}_platform PRIVATE TARVIX_TESTING)
+        endif()
         target_link_libraries(${name}_platform PRIVATE PkgConfig::SDL2)
         target_sources(${name} PRIVATE $<TARGET_OBJECTS:${name}_platform>)
         target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})

@@ -1,11 +1,12 @@
 // make_seeds FOLDER NAME writes the seeds of the fuzzer fuzz_NAME: files of our
 // own writers, and close relatives of them where we only read.
-#include "support.h"
+#include "fuzz/support.h"
 
-#include "base/replayhooks.h"
+#include "input/replayhooks.h"
 #include "tarvix/archive.h"
 #include "tarvix/base64.h"
 #include "tarvix/bitmap.h"
+#include "tarvix/crypt.h"
 #include "tarvix/font.h"
 #include "tarvix/kcbl.h"
 #include "tarvix/keyboard.h"
@@ -14,9 +15,8 @@
 #include "tarvix/pictype.h"
 #include "tarvix/replay.h"
 #include "tarvix/rle.h"
-#include "tarvix/system.h"
 #include "tarvix/xiff.h"
-#include "tests/jpegmaker.h"
+#include "tests/pictures/jpegmaker.h"
 
 #include <string.h>
 

@@ -7,7 +7,7 @@
 #include "tarvix/dibscreen.h"
 
 #ifndef _WIN32
-#include "platform/testface.h"
+#include "platform/testing/testface.h"
 #endif
 
 #include <random>

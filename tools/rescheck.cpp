@@ -4,7 +4,7 @@
 
 #include "tarvix/resdata.h"
 #include "tarvix/strings.h"
-#include "tarvix/system.h"
+#include "tarvix/systemfiles.h"
 
 #include <stdio.h>
 #include <string.h>

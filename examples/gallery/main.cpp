@@ -5,7 +5,7 @@
 #include "tarvix/bitmap.h"
 #include "tarvix/host.h"
 #include "tarvix/pictype.h"
-#include "tarvix/system.h"
+#include "tarvix/systemfiles.h"
 
 #include <filesystem>
 #include <stdlib.h>

@@ -1,5 +1,5 @@
 // Any bytes as a text and, coded, as bytes that come back.
-#include "support.h"
+#include "fuzz/support.h"
 
 #include "tarvix/base64.h"
 #include "tarvix/memory.h"

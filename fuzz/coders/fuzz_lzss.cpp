@@ -1,5 +1,5 @@
 // Any bytes as a stream, in memory and as a file, and as a source to pack.
-#include "support.h"
+#include "fuzz/support.h"
 
 #include "tarvix/lzss.h"
 #include "tarvix/memory.h"

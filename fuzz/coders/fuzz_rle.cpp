@@ -1,5 +1,5 @@
 // The width of a value, the room, then any bytes as packed values.
-#include "support.h"
+#include "fuzz/support.h"
 
 #include "tarvix/rle.h"
 

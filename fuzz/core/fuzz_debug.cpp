@@ -1,5 +1,5 @@
 // Any bytes as a file of debug options.
-#include "support.h"
+#include "fuzz/support.h"
 
 #include "tarvix/error.h"
 

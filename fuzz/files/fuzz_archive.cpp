@@ -1,5 +1,5 @@
 // Any bytes as an archive; names stay below the folder.
-#include "support.h"
+#include "fuzz/support.h"
 
 #include "tarvix/archive.h"
 

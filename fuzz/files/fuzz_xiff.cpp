@@ -1,5 +1,5 @@
 // Any bytes as a chunk file, walked as the first of them say.
-#include "support.h"
+#include "fuzz/support.h"
 
 #include "tarvix/xiff.h"
 

@@ -1,7 +1,7 @@
 // Any bytes as a resource text: its dialogs are built, drawn and clicked.
-#include "resources.h"
+#include "fuzz/gui/resources.h"
 
-#include "platform/testface.h"
+#include "platform/testing/testface.h"
 #include "tarvix/dialog.h"
 #include "tarvix/dibscreen.h"
 #include "tarvix/keyboard.h"

@@ -1,6 +1,6 @@
 // Any bytes as a packed resource file. A first byte that is even puts the
 // right length into the header, so that the data is reached.
-#include "resources.h"
+#include "fuzz/gui/resources.h"
 
 #include "tarvix/lzss.h"
 

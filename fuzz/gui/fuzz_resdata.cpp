@@ -1,5 +1,5 @@
 // Any bytes as the text of a resource file.
-#include "resources.h"
+#include "fuzz/gui/resources.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pData, size_t ulSize)
 {

@@ -1,7 +1,7 @@
 // What the fuzzers of resource files share.
 #pragma once
 
-#include "support.h"
+#include "fuzz/support.h"
 
 #include "tarvix/bitmap.h"
 #include "tarvix/font.h"

@@ -1,7 +1,7 @@
 // Any bytes as a recording: it is refused with a line, or played.
-#include "support.h"
+#include "fuzz/support.h"
 
-#include "base/replayhooks.h"
+#include "input/replayhooks.h"
 #include "tarvix/keyboard.h"
 #include "tarvix/mouse.h"
 #include "tarvix/replay.h"

@@ -1,6 +1,6 @@
 // Any bytes as a KCBL text: what it reads is walked, read as every type,
 // written, and read again.
-#include "support.h"
+#include "fuzz/support.h"
 
 #include "tarvix/kcbl.h"
 

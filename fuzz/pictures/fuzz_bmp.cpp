@@ -1,5 +1,5 @@
 // Any bytes as a BMP file; what it reads is then drawn and converted.
-#include "support.h"
+#include "fuzz/support.h"
 
 #include "tarvix/bitmap.h"
 #include "tarvix/pictype.h"

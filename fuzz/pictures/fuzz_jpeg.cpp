@@ -1,5 +1,5 @@
 // Any bytes as a JPEG file.
-#include "support.h"
+#include "fuzz/support.h"
 
 #include "tarvix/bitmap.h"
 #include "tarvix/jpeg.h"

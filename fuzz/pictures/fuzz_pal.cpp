@@ -1,5 +1,5 @@
 // Any bytes as a palette file.
-#include "support.h"
+#include "fuzz/support.h"
 
 #include "tarvix/palette.h"
 

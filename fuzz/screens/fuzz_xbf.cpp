@@ -1,5 +1,5 @@
 // Any bytes as a font file; what it reads is then measured, coloured and drawn.
-#include "support.h"
+#include "fuzz/support.h"
 
 #include "tarvix/bitmap.h"
 #include "tarvix/font.h"

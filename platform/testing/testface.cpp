@@ -1,6 +1,4 @@
-#include "platform/testface.h"
-
-#ifdef TARVIX_TESTING
+#include "platform/testing/testface.h"
 
 #include "platform/clock.h"
 #include "platform/gdi.h"
@@ -596,5 +594,3 @@ const char *FaceMessageBoxText()
 {
     return s_Face.m_szBox;
 }
-
-#endif

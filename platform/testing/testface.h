@@ -5,8 +5,6 @@
 
 #include "platform/win32.h"
 
-#ifdef TARVIX_TESTING
-
 /// Desktop of the face, in pixels and bits of a pixel (8, 16 or 32). With 8 bits
 /// there is a system palette.
 struct TFaceDesktop
@@ -89,5 +87,3 @@ TARVIX_INTERNAL const char *FaceTitle(HWND hWnd);
 TARVIX_INTERNAL void FaceAnswerMessageBox(int lButton);
 /// Text of the last message box, "" for none.
 TARVIX_INTERNAL const char *FaceMessageBoxText();
-
-#endif

@@ -1,10 +1,11 @@
 #include "tarvix/base64.h"
 
-#include "ansi/simd.h"
+#include "core/simd.h"
 #include "tarvix/memory.h"
 
 #include <algorithm>
 #include <stdint.h>
+#include <string.h>
 
 namespace
 {

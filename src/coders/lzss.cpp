@@ -6,6 +6,7 @@
 #include "tarvix/start.h"
 
 #include <algorithm>
+#include <stddef.h>
 #include <stdint.h>
 #include <string.h>
 

@@ -1,6 +1,6 @@
 #include "tarvix/avl.h"
 
-#include "nodepool.h"
+#include "core/nodepool.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 

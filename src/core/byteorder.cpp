@@ -1,5 +1,9 @@
+#include "tarvix/byteorder.h"
+
 #include "tarvix/globals.h"
-#include "tarvix/system.h"
+
+#include <algorithm>
+#include <string.h>
 
 namespace
 {

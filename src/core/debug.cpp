@@ -1,11 +1,14 @@
-#include "ansi/debug.h"
+#include "core/debug.h"
 
-#include "ansi/openfile.h"
+#include "core/openfile.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/memory.h"
 #include "tarvix/strings.h"
-#include "tarvix/system.h"
+#include "tarvix/systemfiles.h"
+
+#include <stdio.h>
+#include <string.h>
 
 namespace
 {

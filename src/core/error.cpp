@@ -4,6 +4,10 @@
 #include "tarvix/memory.h"
 #include "tarvix/strings.h"
 
+#include <stdarg.h>
+#include <stdio.h>
+#include <string.h>
+
 namespace
 {
 const char *const s_Texts[] = {

@@ -1,9 +1,14 @@
 #include "tarvix/file.h"
 
-#include "ansi/openfile.h"
+#include "core/openfile.h"
+#include "tarvix/byteorder.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
-#include "tarvix/system.h"
+#include "tarvix/systemdirs.h"
+
+#include <stdarg.h>
+#include <stdio.h>
+#include <string.h>
 
 namespace
 {

@@ -1,6 +1,8 @@
 #include "tarvix/globals.h"
 
-#include "ansi/debug.h"
+#include "core/debug.h"
+
+#include <string.h>
 
 HINSTANCE ThisInstance = nullptr;
 SGlobals *glb = nullptr;

@@ -3,9 +3,13 @@
 // block repeats its size in its last word, which is the first word of the
 // block behind it; a block in use lends that word to its caller.
 
-#include "heap.h"
+#include "core/heap.h"
 
 #include "tarvix/memory.h"
+
+#include <algorithm>
+#include <stddef.h>
+#include <string.h>
 
 #if defined(__SANITIZE_ADDRESS__)
 #define TARVIX_ASAN

@@ -2,6 +2,8 @@
 
 #include "tarvix/types.h"
 
+#include <stddef.h>
+
 /// Where the heap gets its memory: a pointer that moves like a break inside
 /// reserved address space, page by page. See src/win/heapbreak.cpp.
 /// @param lBytes  a multiple of s_ulHeapPage; positive grows, negative gives

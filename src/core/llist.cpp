@@ -1,7 +1,9 @@
 #include "tarvix/llist.h"
 
-#include "nodepool.h"
+#include "core/nodepool.h"
 #include "tarvix/globals.h"
+
+#include <string.h>
 
 namespace
 {

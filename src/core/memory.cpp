@@ -1,10 +1,13 @@
 #include "tarvix/memory.h"
 
-#include "ansi/simd.h"
-#include "blocktag.h"
+#include "core/blocktag.h"
+#include "core/simd.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/memorytrack.h"
+
+#include <stdint.h>
+#include <string.h>
 
 namespace
 {

@@ -1,11 +1,13 @@
 #include "tarvix/memorytrack.h"
 
-#include "blocktag.h"
+#include "core/blocktag.h"
 #include "tarvix/error.h"
 #include "tarvix/file.h"
 #include "tarvix/globals.h"
 
 #include <inttypes.h>
+#include <stdint.h>
+#include <string.h>
 
 namespace
 {

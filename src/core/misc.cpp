@@ -1,8 +1,16 @@
+#include "tarvix/misc.h"
+
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/memory.h"
 #include "tarvix/strings.h"
-#include "tarvix/system.h"
+#include "tarvix/systemshell.h"
+
+#include <algorithm>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <time.h>
 
 namespace
 {

@@ -1,4 +1,4 @@
-#include "nodepool.h"
+#include "core/nodepool.h"
 
 #include "tarvix/objpool.h"
 

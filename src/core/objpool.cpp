@@ -3,6 +3,8 @@
 #include "tarvix/globals.h"
 #include "tarvix/llist.h"
 
+#include <string.h>
+
 CObjPool::CObjPool()
     : m_pfnAlloc(nullptr), m_pfnFree(nullptr), m_pfnCreate(nullptr), m_pfnDestroy(nullptr), m_ulMinObjects(0),
       m_ulShrinkTime(-1), m_ulLastShrink(xGetTime()), m_ulCount(0), m_ulSlots(0), m_ulWrite(0), m_ulRead(0),

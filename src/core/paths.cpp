@@ -2,6 +2,8 @@
 #include "tarvix/memory.h"
 #include "tarvix/strings.h"
 
+#include <string.h>
+
 namespace
 {
 bool IsSeparator(char c)

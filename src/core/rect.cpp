@@ -1,5 +1,8 @@
 #include "tarvix/rect.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace
 {
 // True when all of a lies strictly on the low side of all of b.

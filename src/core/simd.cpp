@@ -1,4 +1,4 @@
-#include "ansi/simd.h"
+#include "core/simd.h"
 
 #ifdef TARVIX_TESTING
 xlong s_lSimdLimit = SIMD_ALL;

@@ -1,5 +1,8 @@
 #include "tarvix/strings.h"
 
+#include <stdio.h>
+#include <string.h>
+
 namespace
 {
 xlong Sign(xlong lValue)

@@ -3,7 +3,8 @@
 #include "tarvix/error.h"
 #include "tarvix/file.h"
 #include "tarvix/strings.h"
-#include "tarvix/system.h"
+#include "tarvix/systemdirs.h"
+#include "tarvix/systemfiles.h"
 
 #include <stdint.h>
 #include <string.h>

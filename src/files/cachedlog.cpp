@@ -1,6 +1,6 @@
 #include "tarvix/cachedlog.h"
 
-#include "ansi/openfile.h"
+#include "core/openfile.h"
 #include "tarvix/error.h"
 
 #include <algorithm>

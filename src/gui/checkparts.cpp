@@ -6,6 +6,8 @@
 #include "tarvix/error.h"
 #include "tarvix/font.h"
 
+#include <algorithm>
+
 xlong CreateCheck(const TCheckParts &parts, xlong lID, char *pszText, const TPlace &place, xlong lBoxWidth,
                   short sHotkey, xlong lFlags)
 {

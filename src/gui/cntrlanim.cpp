@@ -4,9 +4,9 @@
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
+#include "tarvix/misc.h"
 #include "tarvix/screen.h"
 #include "tarvix/strings.h"
-#include "tarvix/system.h"
 #include "tarvix/window.h"
 
 namespace

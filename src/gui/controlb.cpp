@@ -11,6 +11,9 @@
 #include "tarvix/winctrl.h"
 #include "tarvix/window.h"
 
+#include <algorithm>
+#include <string.h>
+
 namespace
 {
 const xlong s_lDefaultAlpha = 25;

@@ -5,6 +5,8 @@
 #include "tarvix/globals.h"
 #include "tarvix/winctrl.h"
 
+#include <string.h>
+
 /// Id, flags, place, size, hot key and bevel; text and mouse area; default font.
 inline void BeginCreate(CControlBase &control, xlong lID, char *pszText, const TPlace &place, short sHotkey,
                         xlong lFlags, xlong lBevel)

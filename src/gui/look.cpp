@@ -4,6 +4,8 @@
 #include "tarvix/font.h"
 #include "tarvix/globals.h"
 
+#include <algorithm>
+
 int LookOf(xlong lState)
 {
     switch (lState)

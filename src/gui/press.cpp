@@ -6,6 +6,8 @@
 #include "tarvix/winctrl.h"
 #include "tarvix/window.h"
 
+#include <string.h>
+
 namespace
 {
 enum

@@ -8,6 +8,9 @@
 #include "tarvix/winctrl.h"
 #include "tarvix/window.h"
 
+#include <algorithm>
+#include <string.h>
+
 namespace
 {
 const xlong s_lPauseTicks = 25; // of one step of the codes 1 to 6

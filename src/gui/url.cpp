@@ -3,7 +3,9 @@
 #include "gui/press.h"
 #include "tarvix/error.h"
 #include "tarvix/strings.h"
-#include "tarvix/system.h"
+#include "tarvix/systemshell.h"
+
+#include <string.h>
 
 namespace
 {

@@ -1,7 +1,9 @@
 #include "tarvix/winctrl.h"
 
-#include "base/msgsys.h"
+#include "core/msgsys.h"
 #include "gui/cursors.h"
+#include "input/paste.h"
+#include "screens/screenhooks.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
@@ -70,6 +72,18 @@ private:
     CLList &m_List;
     xlong m_lPushed;
 };
+
+void RemapDefaultsOfGlobals()
+{
+    if (glb->m_pWinCtrl)
+        glb->m_pWinCtrl->RemapDefaults();
+}
+
+void PasteIntoWindows(char *pszText)
+{
+    if (glb->m_pWinCtrl)
+        glb->m_pWinCtrl->SendMessageA(XGUIMSG_PASTE, 0, 0, 0, pszText);
+}
 
 bool IsHidden(const CWindowBase &window)
 {
@@ -156,6 +170,8 @@ CWinCtrl::CWinCtrl()
       m_pDefArrowUp(), m_pDefArrowDown(), m_pDefaultButton(nullptr), m_pDefaultStatic(nullptr),
       m_pDefaultTitlebar(nullptr), m_pDefaultFrame(nullptr), m_ulCursorDefault(0), m_ulCursorText(0), m_ulCursorHand(0)
 {
+    SetPaletteHook(RemapDefaultsOfGlobals);
+    SetPasteSink(PasteIntoWindows);
 }
 
 xlong CWinCtrl::MsgHandler(xulong ulMsg, xlong lA, xlong lB)

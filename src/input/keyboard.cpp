@@ -1,5 +1,25 @@
 #include "tarvix/keyboard.h"
 
+#include "input/paste.h"
+
+#include <string.h>
+
+namespace
+{
+void (*s_pfnPaste)(char *) = nullptr;
+} // namespace
+
+void SetPasteSink(void (*pfnPaste)(char *pszText))
+{
+    s_pfnPaste = pfnPaste;
+}
+
+void SendPaste(char *pszText)
+{
+    if (s_pfnPaste)
+        s_pfnPaste(pszText);
+}
+
 CKeyboardBase::CKeyboardBase() : m_hHook(nullptr), m_abKeys(), m_aQueue()
 {
     CKeyboardBase::Clear(CLEAR_QUEUE | CLEAR_STATES);

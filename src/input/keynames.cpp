@@ -1,4 +1,4 @@
-#include "base/keynames.h"
+#include "input/keynames.h"
 
 #include "tarvix/keyboard.h"
 

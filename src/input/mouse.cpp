@@ -1,6 +1,6 @@
 #include "tarvix/mouse.h"
 
-#include "base/replayhooks.h"
+#include "input/replayhooks.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"

@@ -1,8 +1,9 @@
 #include "tarvix/replay.h"
 
-#include "base/replayhooks.h"
-#include "base/replaytext.h"
-#include "tarvix/control.h"
+#include "input/paste.h"
+#include "input/replayhooks.h"
+#include "input/replaytext.h"
+#include "screens/screenhooks.h"
 #include "tarvix/error.h"
 #include "tarvix/file.h"
 #include "tarvix/globals.h"
@@ -11,7 +12,10 @@
 #include "tarvix/mouse.h"
 #include "tarvix/screen.h"
 #include "tarvix/timer.h"
-#include "tarvix/winctrl.h"
+
+#include <algorithm>
+#include <stdio.h>
+#include <string.h>
 
 namespace
 {
@@ -308,6 +312,7 @@ xlong CReplay::Begin(EMode eMode)
     m_ulTime = m_ulPaceTime = s_ulStartTime;
     m_ulPaceReal = RealTime();
     s_pActive = this;
+    SetActivateHook([](xlong bActive) { return s_pActive->OnActive(bActive); });
     RestampTimers();
     return 1;
 }
@@ -342,6 +347,7 @@ xlong CReplay::Stop()
     }
     m_eMode = OFF;
     s_pActive = nullptr;
+    SetActivateHook(nullptr);
     if (glb)
         RestampTimers();
     if (m_lRealActive >= 0)
@@ -454,18 +460,17 @@ void CReplay::Apply(const TReplayEvent &event)
             StoreState(*pKeyboard, plValues[0], plValues[1]);
         break;
     case REPLAY_PASTE:
-        if (glb->m_pWinCtrl)
+    {
+        // The clipboard's own text is a copy too, which the sink may write to.
+        const size_t ulSize = strlen(event.pszText) + 1;
+        if (char *pszCopy = XNEW(char[ulSize]))
         {
-            // Whoever gets it may write to it, as to the clipboard's own copy.
-            const size_t ulSize = strlen(event.pszText) + 1;
-            if (char *pszCopy = XNEW(char[ulSize]))
-            {
-                memcpy(pszCopy, event.pszText, ulSize);
-                glb->m_pWinCtrl->SendMessageA(XGUIMSG_PASTE, 0, 0, 0, pszCopy);
-                XDELETE_ARRAY(pszCopy);
-            }
+            memcpy(pszCopy, event.pszText, ulSize);
+            SendPaste(pszCopy);
+            XDELETE_ARRAY(pszCopy);
         }
         break;
+    }
     case REPLAY_ACTIVE:
         ActivateScreen(plValues[0]);
         break;

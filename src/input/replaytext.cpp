@@ -1,7 +1,9 @@
-#include "base/replaytext.h"
+#include "input/replaytext.h"
 
 #include "tarvix/keyboard.h"
 #include "tarvix/mouse.h"
+
+#include <string.h>
 
 namespace
 {

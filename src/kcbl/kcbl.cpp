@@ -1,8 +1,13 @@
 #include "tarvix/kcbl.h"
 
-#include "kcblitem.h"
+#include "kcbl/kcblitem.h"
 #include "tarvix/error.h"
 #include "tarvix/strings.h"
+
+#include <algorithm>
+#include <stdint.h>
+#include <stdio.h>
+#include <string.h>
 
 namespace
 {

@@ -3,6 +3,7 @@
 
 #include "tarvix/kcbl.h"
 
+#include <stdint.h>
 #include <string.h>
 
 /// Blanks that the writer puts before a line at most: a tree of a hundred

@@ -1,9 +1,11 @@
 // Text to tree.
 
-#include "kcblitem.h"
-#include "kcblscan.h"
+#include "kcbl/kcblitem.h"
+#include "kcbl/kcblscan.h"
 #include "tarvix/error.h"
 #include "tarvix/file.h"
+
+#include <string.h>
 
 namespace
 {

@@ -1,6 +1,10 @@
-#include "kcblscan.h"
+#include "kcbl/kcblscan.h"
 
-#include "kcblitem.h"
+#include "kcbl/kcblitem.h"
+
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
 
 namespace
 {

@@ -1,8 +1,15 @@
 // The variable-argument calls of CKCBL: items made from tag lists and read by them.
 
-#include "kcblitem.h"
+#include "kcbl/kcblitem.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
+
+#include <algorithm>
+#include <stdarg.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <string.h>
+#include <type_traits>
 
 namespace
 {

@@ -1,8 +1,12 @@
 // Tree to text.
 
-#include "kcblitem.h"
+#include "kcbl/kcblitem.h"
 #include "tarvix/error.h"
 #include "tarvix/file.h"
+
+#include <algorithm>
+#include <stdint.h>
+#include <string.h>
 
 namespace
 {

@@ -1,12 +1,18 @@
 #include "tarvix/bitmap.h"
 
-#include "ansi/bitmapblock.h"
-#include "ansi/kernels.h"
+#include "pictures/bitmapblock.h"
+#include "pictures/kernels.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
+#include "tarvix/misc.h"
 #include "tarvix/pictype.h"
 #include "tarvix/strings.h"
-#include "tarvix/system.h"
+#include "tarvix/systemfiles.h"
+
+#include <algorithm>
+#include <stdint.h>
+#include <stdio.h>
+#include <string.h>
 
 namespace
 {

@@ -1,6 +1,9 @@
-#include "ansi/bitmapblock.h"
-#include "ansi/kernels.h"
+#include "pictures/bitmapblock.h"
+#include "pictures/kernels.h"
 #include "tarvix/bitmap.h"
+
+#include <stdint.h>
+#include <string.h>
 
 namespace
 {

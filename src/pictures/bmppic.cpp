@@ -1,11 +1,16 @@
-#include "ansi/bitmapblock.h"
-#include "ansi/scrambled.h"
+#include "pictures/bitmapblock.h"
+#include "pictures/scrambled.h"
 #include "tarvix/bitmap.h"
+#include "tarvix/crypt.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/pictype.h"
 #include "tarvix/strings.h"
-#include "tarvix/system.h"
+
+#include <algorithm>
+#include <stdint.h>
+#include <string.h>
+#include <utility>
 
 namespace
 {

@@ -1,11 +1,15 @@
 #include "tarvix/jpeg.h"
 
-#include "ansi/jpegkernels.h"
-#include "ansi/scrambled.h"
+#include "pictures/jpegkernels.h"
+#include "pictures/scrambled.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/strings.h"
+
+#include <algorithm>
+#include <stdint.h>
+#include <string.h>
 
 namespace
 {

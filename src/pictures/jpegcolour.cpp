@@ -1,5 +1,5 @@
-#include "ansi/jpegkernels.h"
-#include "ansi/simd.h"
+#include "core/simd.h"
+#include "pictures/jpegkernels.h"
 
 void JpegColourPlain(const unsigned char *const *ppRows, const TJpegColours &colours, unsigned char *pOutput,
                      xlong lWidth)
@@ -33,7 +33,7 @@ enum
 };
 #define STEP __attribute__((always_inline)) inline
 #define OP(name) _mm_##name
-#include "ansi/jpegsimd.inl"
+#include "pictures/jpegsimd.inl"
 
 STEP V Load(const unsigned char *p)
 {
@@ -102,7 +102,7 @@ enum
 };
 #define STEP TARVIX_TARGET_AVX2 __attribute__((always_inline)) inline
 #define OP(name) _mm256_##name
-#include "ansi/jpegsimd.inl"
+#include "pictures/jpegsimd.inl"
 
 STEP V Load(const unsigned char *p)
 {

@@ -1,7 +1,12 @@
-#include "ansi/jpegkernels.h"
+#include "pictures/jpegkernels.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/jpeg.h"
+
+#include <algorithm>
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
 
 // Entropy decoding. FillBitBuffer takes the stuffed bytes out before and puts
 // zeros behind the end, enough for the largest MCU, so that nothing is tested

@@ -1,5 +1,10 @@
-#include "ansi/jpegkernels.h"
-#include "ansi/simd.h"
+#include "core/simd.h"
+#include "pictures/jpegkernels.h"
+
+#include <algorithm>
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
 
 namespace
 {
@@ -102,7 +107,7 @@ namespace sse2
 typedef __m128i V;
 #define STEP __attribute__((always_inline)) inline
 #define OP(name) _mm_##name
-#include "ansi/jpegsimd.inl"
+#include "pictures/jpegsimd.inl"
 
 STEP V Product(const short *pCoefs, const short *pQuant, int nPlace)
 {
@@ -171,7 +176,7 @@ namespace avx2
 typedef __m256i V;
 #define STEP TARVIX_TARGET_AVX2 __attribute__((always_inline)) inline
 #define OP(name) _mm256_##name
-#include "ansi/jpegsimd.inl"
+#include "pictures/jpegsimd.inl"
 
 STEP V Product(const short *pCoefs, const short *pQuant, int nPlace)
 {

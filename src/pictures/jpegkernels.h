@@ -2,6 +2,8 @@
 
 #include "tarvix/types.h"
 
+#include <stddef.h>
+
 // What the JPEG reader does to samples. Each step is there once in plain form,
 // which takes everything, and once in wide form with the same results.
 

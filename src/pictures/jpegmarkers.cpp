@@ -1,7 +1,10 @@
+#include "tarvix/crypt.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/jpeg.h"
-#include "tarvix/system.h"
+
+#include <algorithm>
+#include <string.h>
 
 // The file as bytes, and the segments between its markers.
 

@@ -1,4 +1,7 @@
-#include "ansi/kernelrows.h"
+#include "pictures/kernelrows.h"
+
+#include <algorithm>
+#include <string.h>
 
 namespace
 {

@@ -1,7 +1,9 @@
 #pragma once
 
-#include "ansi/pixelformat.h"
+#include "pictures/pixelformat.h"
 #include "tarvix/types.h"
+
+#include <stddef.h>
 
 /// Where the bits of a channel go: (value & mask) << left >> right. One of the shifts is 0.
 struct TMove

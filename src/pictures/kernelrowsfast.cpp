@@ -1,5 +1,11 @@
-#include "ansi/kernelrows.h"
-#include "ansi/simd.h"
+#include "core/simd.h"
+#include "pictures/kernelrows.h"
+
+#include <algorithm>
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
+#include <type_traits>
 
 #ifdef TARVIX_SSE2
 

@@ -1,11 +1,15 @@
-#include "ansi/kernels.h"
+#include "pictures/kernels.h"
 
-#include "ansi/kernelrows.h"
-#include "ansi/palettesearch.h"
+#include "pictures/kernelrows.h"
+#include "pictures/palettesearch.h"
 #include "tarvix/file.h"
 #include "tarvix/globals.h"
 
+#include <algorithm>
+#include <stddef.h>
 #include <stdint.h>
+#include <stdio.h>
+#include <string.h>
 
 namespace
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ansi/pixelformat.h"
+#include "pictures/pixelformat.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/palette.h"
 #include "tarvix/rect.h"

@@ -1,9 +1,11 @@
 #include "tarvix/palette.h"
 
-#include "ansi/palettesearch.h"
+#include "pictures/palettesearch.h"
 #include "tarvix/error.h"
 #include "tarvix/file.h"
 #include "tarvix/strings.h"
+
+#include <string.h>
 
 namespace
 {

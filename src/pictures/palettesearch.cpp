@@ -1,6 +1,10 @@
-#include "ansi/palettesearch.h"
+#include "pictures/palettesearch.h"
 
-#include "ansi/simd.h"
+#include "core/simd.h"
+
+#include <algorithm>
+#include <limits.h>
+#include <string.h>
 
 namespace
 {
@@ -72,7 +76,7 @@ struct TVec
     }
 };
 #define SEARCH_TARGET
-#include "ansi/palettesearch.inl"
+#include "pictures/palettesearch.inl"
 #undef SEARCH_TARGET
 } // namespace base
 
@@ -107,7 +111,7 @@ struct TVec
         return _mm_cvtsi128_si32(_mm_min_epi32(b, _mm_shuffle_epi32(b, 0xb1)));
     }
 };
-#include "ansi/palettesearch.inl"
+#include "pictures/palettesearch.inl"
 #undef SEARCH_TARGET
 } // namespace wide
 #endif

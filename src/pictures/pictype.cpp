@@ -1,9 +1,9 @@
 #include "tarvix/pictype.h"
 
-#include "ansi/scrambled.h"
+#include "pictures/scrambled.h"
+#include "tarvix/crypt.h"
 #include "tarvix/globals.h"
 #include "tarvix/strings.h"
-#include "tarvix/system.h"
 
 bool IsScrambled(CFile *pFile, unsigned short usStart, unsigned short usMask)
 {

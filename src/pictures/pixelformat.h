@@ -3,9 +3,8 @@
 #include "tarvix/bitmap.h"
 #include "tarvix/types.h"
 
-#include <string.h>
-
 #include <algorithm>
+#include <string.h>
 
 // Packing of colours, for all that writes pixels. Bits and shifts can come
 // from a file or a host, so every combination is defined: a channel of more

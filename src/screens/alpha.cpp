@@ -4,6 +4,8 @@
 #include "tarvix/globals.h"
 #include "tarvix/memory.h"
 
+#include <algorithm>
+
 namespace
 {
 enum

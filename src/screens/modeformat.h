@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ansi/pixelformat.h"
+#include "pictures/pixelformat.h"
 #include "tarvix/screen.h"
 
 inline TPixelFormat FormatOf(const SVmode &mode)

@@ -1,11 +1,9 @@
 #include "tarvix/screen.h"
 
-#include "ansi/kernels.h"
-#include "base/replayhooks.h"
+#include "pictures/kernels.h"
+#include "screens/screenhooks.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
-#include "tarvix/replay.h"
-#include "tarvix/winctrl.h"
 
 namespace
 {
@@ -55,13 +53,24 @@ xlong SetBuffer(CBitmap *&pBuffer, xlong &bMode, xlong lOn, const SVmode *pMode,
     return 1;
 }
 
-// A replay says itself when its program was in front.
+bool (*s_pfnMayActivate)(xlong) = nullptr;
+void (*s_pfnPaletteSet)() = nullptr;
+
 bool MayActivate(xlong bActive)
 {
-    CReplay *const pReplay = ActiveReplay();
-    return !pReplay || pReplay->OnActive(bActive);
+    return !s_pfnMayActivate || s_pfnMayActivate(bActive);
 }
 } // namespace
+
+void SetActivateHook(bool (*pfnMayActivate)(xlong bActive))
+{
+    s_pfnMayActivate = pfnMayActivate;
+}
+
+void SetPaletteHook(void (*pfnPaletteSet)())
+{
+    s_pfnPaletteSet = pfnPaletteSet;
+}
 
 CScreenBase::CScreenBase()
     : m_pPersistent(nullptr), m_lPage(0), m_bActive(0), m_bGreyPending(0), m_bFlipScreen(1), m_pMode(nullptr),
@@ -314,8 +323,8 @@ void CScreenBase::SetPalette(CPalette *pPalette)
     m_Palette.Clone(pPalette);
     XDELETE_ARRAY(glb->m_pColourIndexMap);
     glb->m_pColourIndexMap = nullptr;
-    if (glb->m_pWinCtrl)
-        glb->m_pWinCtrl->RemapDefaults();
+    if (s_pfnPaletteSet)
+        s_pfnPaletteSet();
 }
 
 CPalette *CScreenBase::GetPalette()

@@ -1,6 +1,9 @@
-#include "base/areas.h"
+#include "screens/areas.h"
 #include "tarvix/globals.h"
 #include "tarvix/screen.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace
 {

@@ -1,7 +1,11 @@
-#include "ansi/kernels.h"
-#include "base/modeformat.h"
-#include "base/shade.h"
+#include "pictures/kernels.h"
+#include "screens/modeformat.h"
+#include "screens/shade.h"
 #include "tarvix/screen.h"
+
+#include <algorithm>
+#include <stddef.h>
+#include <string.h>
 
 namespace
 {

@@ -1,6 +1,6 @@
 #include "tarvix/sprite.h"
 
-#include "base/msgsys.h"
+#include "core/msgsys.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/globals.h"
 #include "tarvix/screen.h"

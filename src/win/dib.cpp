@@ -1,6 +1,10 @@
 #include "tarvix/dibscreen.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
+#include "win/win32.h"
+
+#include <algorithm>
+#include <string.h>
 
 namespace
 {

@@ -1,13 +1,17 @@
 #include "tarvix/dibscreen.h"
 
-#include "ansi/kernels.h"
-#include "base/areas.h"
-#include "base/modeformat.h"
-#include "base/msgsys.h"
+#include "core/msgsys.h"
+#include "pictures/kernels.h"
+#include "screens/areas.h"
+#include "screens/modeformat.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/mouse.h"
 #include "tarvix/winctrl.h"
+#include "win/win32.h"
+
+#include <algorithm>
+#include <string.h>
 
 namespace
 {

@@ -1,4 +1,9 @@
-#include "heap.h"
+#include "core/heap.h"
+#include "win/win32.h"
+
+#include <algorithm>
+#include <stddef.h>
+#include <stdint.h>
 
 // Address space is reserved in regions and committed from their start. Pages
 // are committed a few ahead of the break, which spares a call for most of them.

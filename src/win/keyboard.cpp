@@ -1,9 +1,13 @@
 #include "tarvix/keyboard.h"
 
-#include "base/replayhooks.h"
+#include "input/paste.h"
+#include "input/replayhooks.h"
 #include "tarvix/globals.h"
 #include "tarvix/replay.h"
-#include "tarvix/winctrl.h"
+#include "win/win32.h"
+
+#include <string.h>
+#include <utility>
 
 namespace
 {
@@ -215,8 +219,7 @@ void Paste()
                 pReplay->OnPaste(pszText);
         // What the host does about it is its own.
         const bool bUser = std::exchange(s_bUser, false);
-        if (glb->m_pWinCtrl)
-            glb->m_pWinCtrl->SendMessageA(XGUIMSG_PASTE, 0, 0, 0, pszText);
+        SendPaste(pszText);
         s_bUser = bUser;
         GlobalUnlock(hText);
     }

@@ -1,10 +1,11 @@
 #include "tarvix/mouse.h"
 
-#include "base/replayhooks.h"
+#include "input/replayhooks.h"
 #include "tarvix/globals.h"
 #include "tarvix/replay.h"
 #include "tarvix/screen.h"
 #include "tarvix/sprite.h"
+#include "win/win32.h"
 
 namespace
 {

@@ -1,4 +1,7 @@
-#include "ansi/openfile.h"
+#include "core/openfile.h"
+#include "win/win32.h"
+
+#include <stdio.h>
 
 FILE *OpenStream(const char *pszPath, const char *pszMode)
 {

@@ -1,9 +1,14 @@
+#include "tarvix/systemdirs.h"
+
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/llist.h"
 #include "tarvix/memory.h"
 #include "tarvix/strings.h"
-#include "tarvix/system.h"
+#include "win/win32.h"
+
+#include <stdio.h>
+#include <string.h>
 
 namespace
 {

@@ -1,9 +1,14 @@
+#include "tarvix/systemfiles.h"
+
+#include "core/openfile.h"
 #include "tarvix/error.h"
 #include "tarvix/file.h"
 #include "tarvix/globals.h"
-#include "tarvix/system.h"
+#include "win/win32.h"
 
-#include "ansi/openfile.h"
+#include <algorithm>
+#include <errno.h>
+#include <stdio.h>
 
 namespace
 {

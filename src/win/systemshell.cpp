@@ -1,9 +1,17 @@
+#include "tarvix/systemshell.h"
+
 #include "tarvix/error.h"
 #include "tarvix/file.h"
 #include "tarvix/globals.h"
 #include "tarvix/memory.h"
 #include "tarvix/strings.h"
-#include "tarvix/system.h"
+#include "tarvix/systemdirs.h"
+#include "tarvix/systemfiles.h"
+#include "win/win32.h"
+
+#include <algorithm>
+#include <stdio.h>
+#include <string.h>
 
 namespace
 {

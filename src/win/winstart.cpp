@@ -1,6 +1,6 @@
-#include "base/msgsys.h"
-#include "base/replayhooks.h"
-#include "nodepool.h"
+#include "core/msgsys.h"
+#include "core/nodepool.h"
+#include "input/replayhooks.h"
 #include "tarvix/button.h"
 #include "tarvix/dibscreen.h"
 #include "tarvix/globals.h"
@@ -16,10 +16,14 @@
 #include "tarvix/screen.h"
 #include "tarvix/static.h"
 #include "tarvix/strings.h"
-#include "tarvix/system.h"
+#include "tarvix/systemfiles.h"
 #include "tarvix/timer.h"
 #include "tarvix/winctrl.h"
 #include "tarvix/window.h"
+#include "win/win32.h"
+
+#include <algorithm>
+#include <stdint.h>
 
 namespace
 {
@@ -311,78 +315,6 @@ xlong xHandler()
     return 0;
 }
 
-void SetMinimumFrameTime(xlong lTime)
-{
-    glb->m_lMinimumFrameTime = lTime;
-}
-
-void SetUpdateTime(xlong lTime)
-{
-    glb->m_lUpdateTime = lTime;
-}
-
-void xSetXHandlerWaitMode(xlong lMode)
-{
-    glb->m_lXHandlerWaitMode = lMode;
-}
-
-void xSetXHandlerMaxWaitTime(xlong lTime)
-{
-    if (lTime < 0)
-        lTime = 20;
-    if (!glb->m_bXHandlerMaxWaitSet || lTime < glb->m_lXHandlerMaxWait)
-        glb->m_lXHandlerMaxWait = lTime;
-    glb->m_bXHandlerMaxWaitSet = 1;
-}
-
-void SetLoadDataCallback(void (*pfnLoadData)())
-{
-    if (glb)
-        glb->m_pfnLoadData = pfnLoadData;
-}
-
-void DefaultLoadDataCallback()
-{
-    static xulong s_ulStamp = 0;
-    const xulong ulNow = xGetTime();
-    if (!s_ulStamp || xTimeDiff(s_ulStamp, ulNow) > 100)
-        s_ulStamp = ulNow;
-}
-
-void SetWaitTimeOrSocketsCallback(void (*pfnWait)(xulong))
-{
-    if (glb)
-        glb->m_pfnWaitTimeOrSockets = pfnWait;
-}
-
-void DefaultWaitTimeOrSocketsCallback(xulong ulTime)
-{
-    xSleep(ulTime);
-}
-
-xlong xDoUserWantToQuit()
-{
-    return glb ? glb->m_bUserWantToQuit : 0;
-}
-
-void xSetUserWantToQuit(unsigned char bQuit)
-{
-    if (glb)
-        glb->m_bUserWantToQuit = bQuit;
-}
-
-char *GetApplicationName()
-{
-    static char s_szNoname[] = "Noname";
-    return glb ? glb->m_szApplicationName : s_szNoname;
-}
-
-void SetApplicationName(const char *pszName)
-{
-    if (glb && pszName && strlen(pszName) < sizeof(glb->m_szApplicationName))
-        strcpy(glb->m_szApplicationName, pszName);
-}
-
 void xSetWindowTitle(const char *pszTitle)
 {
     if (sglb && sglb->m_hWnd)
@@ -428,9 +360,4 @@ void xSleep(xulong ulTime)
         pReplay->OnSleep(ulTime);
     else
         RealSleep(ulTime);
-}
-
-xulong xTimeDiff(xulong ulA, xulong ulB)
-{
-    return ulB >= ulA ? ulB - ulA : ulB - ulA - 1;
 }

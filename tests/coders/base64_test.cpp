@@ -1,7 +1,7 @@
 #include "tarvix/base64.h"
 
-#include "ansi/simd.h"
-#include "heap.h"
+#include "core/heap.h"
+#include "core/simd.h"
 #include "support.h"
 #include "tarvix/memory.h"
 

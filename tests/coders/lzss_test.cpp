@@ -1,7 +1,7 @@
 #include "tarvix/lzss.h"
 
-#include "heap.h"
-#include "plainlzss.h"
+#include "coders/plainlzss.h"
+#include "core/heap.h"
 #include "support.h"
 #include "tarvix/bitfile.h"
 

@@ -1,6 +1,6 @@
 #include "tarvix/avl.h"
 
-#include "heap.h"
+#include "core/heap.h"
 #include "support.h"
 
 #include <algorithm>

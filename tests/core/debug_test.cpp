@@ -1,6 +1,6 @@
-#include "ansi/debug.h"
+#include "core/debug.h"
 
-#include "heap.h"
+#include "core/heap.h"
 #include "support.h"
 
 namespace

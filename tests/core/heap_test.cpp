@@ -1,4 +1,4 @@
-#include "heap.h"
+#include "core/heap.h"
 
 #include "support.h"
 #include "tarvix/memory.h"

@@ -1,6 +1,6 @@
 #include "tarvix/memory.h"
 
-#include "heap.h"
+#include "core/heap.h"
 #include "support.h"
 #include "tarvix/llist.h"
 #include "tarvix/rect.h"

@@ -1,4 +1,4 @@
-#include "base/msgsys.h"
+#include "core/msgsys.h"
 
 #include "support.h"
 #include "tarvix/llist.h"

@@ -1,6 +1,6 @@
 #include "tarvix/archive.h"
 
-#include "heap.h"
+#include "core/heap.h"
 #include "support.h"
 
 #include <map>

@@ -1,7 +1,7 @@
 #include "tarvix/control.h"
 
+#include "core/heap.h"
 #include "gui/guisupport.h"
-#include "heap.h"
 #include "slots.h"
 #include "tarvix/button.h"
 #include "tarvix/static.h"

@@ -1,7 +1,7 @@
 #include "tarvix/replay.h"
 
+#include "core/heap.h"
 #include "gui/guisupport.h"
-#include "heap.h"
 #include "tarvix/button.h"
 #include "tarvix/host.h"
 #include "tarvix/timer.h"

@@ -1,6 +1,6 @@
-#include "kcblsupport.h"
+#include "kcbl/kcblsupport.h"
 
-#include "heap.h"
+#include "core/heap.h"
 #include "slots.h"
 
 #include <climits>

@@ -1,4 +1,4 @@
-#include "kcblsupport.h"
+#include "kcbl/kcblsupport.h"
 
 #include <random>
 

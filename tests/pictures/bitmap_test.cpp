@@ -1,10 +1,10 @@
 #include "tarvix/bitmap.h"
 
-#include "heap.h"
+#include "core/heap.h"
 #include "slots.h"
 #include "support.h"
+#include "tarvix/misc.h"
 #include "tarvix/pictype.h"
-#include "tarvix/system.h"
 
 #include <random>
 

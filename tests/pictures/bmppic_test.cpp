@@ -1,6 +1,6 @@
 #include "tarvix/pictype.h"
 
-#include "heap.h"
+#include "core/heap.h"
 #include "slots.h"
 #include "support.h"
 #include "tarvix/bitmap.h"

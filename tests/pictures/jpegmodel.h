@@ -2,7 +2,7 @@
 // Whole headers are needed; what follows may be damaged.
 #pragma once
 
-#include "ansi/jpegkernels.h"
+#include "pictures/jpegkernels.h"
 #include "tarvix/globals.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
-#include "ansi/kernels.h"
-#include "ansi/palettesearch.h"
-#include "ansi/simd.h"
+#include "core/simd.h"
 #include "palettemodel.h"
+#include "pictures/kernels.h"
+#include "pictures/palettesearch.h"
 #include "support.h"
 
 #include <random>

@@ -1,7 +1,7 @@
 #include "tarvix/palette.h"
 
-#include "ansi/simd.h"
-#include "heap.h"
+#include "core/heap.h"
+#include "core/simd.h"
 #include "palettemodel.h"
 #include "slots.h"
 #include "support.h"

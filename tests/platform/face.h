@@ -1,7 +1,7 @@
 // A desktop in memory for the tests of windows and drawing.
 #pragma once
 
-#include "platform/testface.h"
+#include "platform/testing/testface.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "tarvix/alpha.h"
 
-#include "heap.h"
+#include "core/heap.h"
 #include "support.h"
 #include "tarvix/memory.h"
 

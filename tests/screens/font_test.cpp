@@ -1,6 +1,6 @@
 #include "tarvix/font.h"
 
-#include "heap.h"
+#include "core/heap.h"
 #include "screensupport.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/xiff.h"

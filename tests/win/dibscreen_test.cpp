@@ -1,6 +1,6 @@
 #include "tarvix/dibscreen.h"
 
-#include "heap.h"
+#include "core/heap.h"
 #include "screensupport.h"
 #include "tarvix/llist.h"
 #include "tarvix/pictype.h"

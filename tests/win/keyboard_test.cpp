@@ -1,7 +1,7 @@
 #include "tarvix/keyboard.h"
 
-#include "base/keynames.h"
-#include "heap.h"
+#include "core/heap.h"
+#include "input/keynames.h"
 #include "screensupport.h"
 #include "slots.h"
 #include "tarvix/winctrl.h"

@@ -1,6 +1,6 @@
 #include "tarvix/mouse.h"
 
-#include "heap.h"
+#include "core/heap.h"
 #include "screensupport.h"
 #include "slots.h"
 #include "tarvix/bitmap.h"

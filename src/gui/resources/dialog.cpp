@@ -1,6 +1,6 @@
 #include "tarvix/dialog.h"
 
-#include "gui/guictrl.h"
+#include "gui/resources/guictrl.h"
 #include "tarvix/control.h"
 #include "tarvix/error.h"
 #include "tarvix/frame.h"

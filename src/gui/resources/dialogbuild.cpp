@@ -1,5 +1,5 @@
 // The words of a window chunk that make controls.
-#include "gui/guictrl.h"
+#include "gui/resources/guictrl.h"
 #include "tarvix/button.h"
 #include "tarvix/checkbox.h"
 #include "tarvix/error.h"

@@ -1,4 +1,4 @@
-#include "resanim.h"
+#include "gui/resources/resanim.h"
 
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
@@ -6,6 +6,7 @@
 #include "tarvix/resdata.h"
 #include "tarvix/screen.h"
 
+#include <algorithm>
 #include <stdint.h>
 
 namespace

@@ -2,17 +2,18 @@
 
 #include "tarvix/resdata.h"
 
-#include "resrecord.h"
-#include "restables.h"
+#include "gui/resources/resrecord.h"
+#include "gui/resources/restables.h"
 #include "tarvix/error.h"
 #include "tarvix/file.h"
 #include "tarvix/globals.h"
 #include "tarvix/lzss.h"
 #include "tarvix/strings.h"
-#include "tarvix/system.h"
+#include "tarvix/systemfiles.h"
 #include "tarvix/winctrl.h"
 
 #include <stdint.h>
+#include <string.h>
 
 namespace
 {

@@ -2,11 +2,12 @@
 
 #include "tarvix/resdata.h"
 
-#include "resrecord.h"
+#include "gui/resources/resrecord.h"
 #include "tarvix/screen.h"
 #include "tarvix/winctrl.h"
 
 #include <stddef.h>
+#include <string.h>
 
 namespace
 {

@@ -2,10 +2,11 @@
 
 #include "tarvix/resdata.h"
 
-#include "resrecord.h"
+#include "gui/resources/resrecord.h"
 #include "tarvix/screen.h"
 
 #include <stdint.h>
+#include <string.h>
 
 namespace
 {

@@ -1,11 +1,13 @@
 // How resource data keeps and finds its records.
 #pragma once
 
-#include "resanim.h"
+#include "gui/resources/resanim.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/resdata.h"
 #include "tarvix/strings.h"
+
+#include <stdio.h>
 
 /// The first record for which the test holds, or null. The list's cursor stays.
 template <class TRecord, class TTest>

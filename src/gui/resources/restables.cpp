@@ -1,6 +1,6 @@
-#include "restables.h"
+#include "gui/resources/restables.h"
 
-#include "base/keynames.h"
+#include "input/keynames.h"
 #include "tarvix/window.h"
 
 namespace

@@ -1,7 +1,7 @@
 #include "tarvix/dialog.h"
 
+#include "core/heap.h"
 #include "gui/guisupport.h"
-#include "heap.h"
 #include "tarvix/button.h"
 #include "tarvix/checkbox.h"
 #include "tarvix/frame.h"

@@ -1,7 +1,7 @@
 #include "tarvix/resdata.h"
 
-#include "gui/resdatasupport.h"
-#include "heap.h"
+#include "core/heap.h"
+#include "gui/resources/resdatasupport.h"
 #include "slots.h"
 #include "tarvix/lzss.h"
 

@@ -2,8 +2,8 @@
 
 #include "tarvix/resdata.h"
 
-#include "gui/resanim.h"
-#include "gui/resdatasupport.h"
+#include "gui/resources/resanim.h"
+#include "gui/resources/resdatasupport.h"
 
 namespace
 {

@@ -24,7 +24,7 @@ HWND ActiveWindow()
     return s_hActive;
 }
 
-void Activate(HWND hWnd, int lHow)
+void Activate(HWND hWnd, int nHow)
 {
     if (s_hActive == hWnd || !IsWindow(hWnd) || hWnd->bDestroying)
         return;
@@ -41,7 +41,7 @@ void Activate(HWND hWnd, int lHow)
         SendMessageA(HWND_BROADCAST, WM_ACTIVATEAPP, TRUE, 0);
     SendMessageA(hWnd, WM_NCACTIVATE, TRUE, 0);
     const bool bIconic = IsIconic(hWnd);
-    SendMessageA(hWnd, WM_ACTIVATE, MAKEWPARAM(lHow, bIconic), (LPARAM)hOld);
+    SendMessageA(hWnd, WM_ACTIVATE, MAKEWPARAM(nHow, bIconic), (LPARAM)hOld);
     if (s_hActive == hWnd && !bIconic)
         MoveFocus(hWnd);
 }

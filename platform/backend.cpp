@@ -32,12 +32,12 @@ int MessageBoxA(HWND hOwner, LPCSTR pszText, LPCSTR pszCaption, UINT ulType)
     pszText = pszText ? pszText : "";
     pszCaption = pszCaption ? pszCaption : "Error";
     PresentAll();
-    const int lButton = Backend()->ShowMessageBox(hOwner, pszText, pszCaption, ulType);
-    if (!lButton)
+    const int nButton = Backend()->ShowMessageBox(hOwner, pszText, pszCaption, ulType);
+    if (!nButton)
     {
         // Nobody can see a box: the terminal is the next best place for it.
         fprintf(stderr, "%s: %s\n", pszCaption, pszText);
         SetLastError(ERROR_NOT_SUPPORTED);
     }
-    return lButton;
+    return nButton;
 }

@@ -17,9 +17,9 @@ enum EShowState
 struct TPixelView
 {
     uint32_t *pPixels;
-    int lPitch; ///< in pixels
-    int lWidth;
-    int lHeight;
+    int nPitch; ///< in pixels
+    int nWidth;
+    int nHeight;
     bool bLost; ///< the area is new: what was shown before is gone
 };
 
@@ -28,8 +28,8 @@ class CBackend
 public:
     /// @return false when there is nothing to show windows on; may be called again
     virtual bool Start() = 0;
-    /// @param plDepth  bits of a pixel: 8, 16 or 32
-    virtual void GetDesktop(int *plWidth, int *plHeight, int *plDepth) = 0;
+    /// @param pnDepth  bits of a pixel: 8, 16 or 32
+    virtual void GetDesktop(int *pnWidth, int *pnHeight, int *pnDepth) = 0;
 
     virtual bool OpenWindow(HWND hWnd) = 0;
     virtual void CloseWindow(HWND hWnd) = 0;
@@ -43,7 +43,7 @@ public:
     virtual void RaiseWindow(HWND hWnd) = 0;
 
     virtual bool LockPixels(HWND hWnd, TPixelView *pView) = 0;
-    virtual void Present(HWND hWnd, const RECT *prcAreas, int lCount) = 0;
+    virtual void Present(HWND hWnd, const RECT *prcAreas, int nCount) = 0;
 
     /// Reports what has happened since the last call, through platform/input.h.
     virtual void Pump() = 0;
@@ -51,7 +51,7 @@ public:
     /// @param hCursor  null hides the pointer
     virtual void SetPointerShape(HCURSOR hCursor) = 0;
     virtual void GetPointer(POINT *pPoint) = 0;
-    virtual void SetPointer(int lX, int lY) = 0;
+    virtual void SetPointer(int nX, int nY) = 0;
 
     virtual bool HasClipboardText() = 0;
     /// @return UTF-8, to be freed; null when there is none

@@ -2,7 +2,7 @@
 
 namespace
 {
-const unsigned short HIGH_CHARS[32] = {
+const unsigned short s_ausHighChars[32] = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
@@ -14,14 +14,14 @@ unsigned char ToCodePage1252(uint32_t ulChar)
     if (ulChar < 0x80 || (ulChar >= 0xA0 && ulChar <= 0xFF))
         return (unsigned char)ulChar;
     for (int i = 0; i < 32; ++i)
-        if (HIGH_CHARS[i] == ulChar)
+        if (s_ausHighChars[i] == ulChar)
             return (unsigned char)(0x80 + i);
     return 0;
 }
 
 uint32_t FromCodePage1252(unsigned char ucChar)
 {
-    return ucChar >= 0x80 && ucChar < 0xA0 ? HIGH_CHARS[ucChar - 0x80] : ucChar;
+    return ucChar >= 0x80 && ucChar < 0xA0 ? s_ausHighChars[ucChar - 0x80] : ucChar;
 }
 
 size_t DecodeUtf8(const unsigned char *p, size_t ulLeft, uint32_t *pulChar, bool *pbInvalid)

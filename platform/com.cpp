@@ -10,19 +10,19 @@
 
 namespace
 {
-int s_lInitialized = 0;
-int s_lSockets = 0;
+int s_nInitialized = 0;
+int s_nSockets = 0;
 } // namespace
 
 HRESULT CoInitialize(LPVOID)
 {
-    return s_lInitialized++ ? S_FALSE : S_OK;
+    return s_nInitialized++ ? S_FALSE : S_OK;
 }
 
 void CoUninitialize()
 {
-    if (s_lInitialized)
-        --s_lInitialized;
+    if (s_nInitialized)
+        --s_nInitialized;
 }
 
 HRESULT CoCreateInstance(REFCLSID clsid, IUnknown *pOuter, DWORD ulContext, REFIID iid, LPVOID *ppObject)
@@ -30,7 +30,7 @@ HRESULT CoCreateInstance(REFCLSID clsid, IUnknown *pOuter, DWORD ulContext, REFI
     if (!ppObject)
         return E_POINTER;
     *ppObject = nullptr;
-    if (!s_lInitialized)
+    if (!s_nInitialized)
         return CO_E_NOTINITIALIZED;
     if (pOuter)
         return CLASS_E_NOAGGREGATION;
@@ -76,35 +76,35 @@ RPC_STATUS RpcStringFreeA(RPC_CSTR *ppszText)
     return RPC_S_OK;
 }
 
-int MultiByteToWideChar(UINT ulCodePage, DWORD ulFlags, LPCSTR pszText, int lLength, LPWSTR pszWide, int lWideSize)
+int MultiByteToWideChar(UINT ulCodePage, DWORD ulFlags, LPCSTR pszText, int nLength, LPWSTR pszWide, int nWideSize)
 {
-    if (!pszText || !lLength || lWideSize < 0 || (lWideSize && !pszWide) ||
+    if (!pszText || !nLength || nWideSize < 0 || (nWideSize && !pszWide) ||
         (ulCodePage != CP_ACP && ulCodePage != CP_UTF8))
     {
         SetLastError(ERROR_INVALID_PARAMETER);
         return 0;
     }
-    const size_t ulLength = lLength < 0 ? strlen(pszText) + 1 : (size_t)lLength;
-    int lCount = 0;
+    const size_t ulLength = nLength < 0 ? strlen(pszText) + 1 : (size_t)nLength;
+    int nCount = 0;
     bool bInvalid = false;
-    for (size_t i = 0; i < ulLength; ++lCount)
+    for (size_t i = 0; i < ulLength; ++nCount)
     {
         uint32_t ulChar;
         i += DecodeUtf8((const unsigned char *)pszText + i, ulLength - i, &ulChar, &bInvalid);
-        if (lWideSize && lCount == lWideSize)
+        if (nWideSize && nCount == nWideSize)
         {
             SetLastError(ERROR_INSUFFICIENT_BUFFER);
             return 0;
         }
-        if (lWideSize)
-            pszWide[lCount] = (WCHAR)ulChar;
+        if (nWideSize)
+            pszWide[nCount] = (WCHAR)ulChar;
     }
     if (bInvalid && (ulFlags & MB_ERR_INVALID_CHARS))
     {
         SetLastError(ERROR_NO_UNICODE_TRANSLATION);
         return 0;
     }
-    return lCount;
+    return nCount;
 }
 
 DWORD GetCurrentProcessId()
@@ -128,17 +128,17 @@ int WSAStartup(WORD usVersion, WSADATA *pData)
     pData->wVersion = LOBYTE(usVersion) > 2 ? pData->wHighVersion : usVersion;
     strcpy(pData->szDescription, "Sockets of the system");
     strcpy(pData->szSystemStatus, "Running");
-    ++s_lSockets;
+    ++s_nSockets;
     return 0;
 }
 
 int WSACleanup()
 {
-    if (!s_lSockets)
+    if (!s_nSockets)
     {
         SetLastError(WSANOTINITIALISED);
         return SOCKET_ERROR;
     }
-    --s_lSockets;
+    --s_nSockets;
     return 0;
 }

@@ -8,12 +8,12 @@ HCURSOR__ s_Cursors[CURSOR_COUNT] = {
     { 32644 }, { 32645 }, { 32646 }, { 32648 }, { 32649 }, { 32650 },
 };
 HCURSOR s_hCursor = &s_Cursors[0];
-int s_lShowCount = 0;
+int s_nShowCount = 0;
 
 void ShowShape()
 {
     if (FirstWindow())
-        Backend()->SetPointerShape(s_lShowCount >= 0 ? s_hCursor : nullptr);
+        Backend()->SetPointerShape(s_nShowCount >= 0 ? s_hCursor : nullptr);
 }
 } // namespace
 
@@ -39,11 +39,11 @@ HCURSOR SetCursor(HCURSOR hCursor)
 
 int ShowCursor(BOOL bShow)
 {
-    const bool bWasShown = s_lShowCount >= 0;
-    s_lShowCount += bShow ? 1 : -1;
-    if (bWasShown != (s_lShowCount >= 0))
+    const bool bWasShown = s_nShowCount >= 0;
+    s_nShowCount += bShow ? 1 : -1;
+    if (bWasShown != (s_nShowCount >= 0))
         ShowShape();
-    return s_lShowCount;
+    return s_nShowCount;
 }
 
 BOOL GetCursorPos(POINT *pPoint)
@@ -54,16 +54,16 @@ BOOL GetCursorPos(POINT *pPoint)
     return TRUE;
 }
 
-BOOL SetCursorPos(int lX, int lY)
+BOOL SetCursorPos(int nX, int nY)
 {
     if (!Backend()->Start())
         return FALSE;
-    Backend()->SetPointer(lX, lY);
+    Backend()->SetPointer(nX, nY);
     return TRUE;
 }
 
 void ResetCursor()
 {
     s_hCursor = &s_Cursors[0];
-    s_lShowCount = 0;
+    s_nShowCount = 0;
 }

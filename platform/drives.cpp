@@ -59,14 +59,14 @@ bool FindMount(LPCSTR pszRoot, char *pszReal, TMount *pMount)
     while (fgets(s_szLine, sizeof(s_szLine), pFile))
     {
         unsigned ulMajor, ulMinor;
-        int lPath = 0, lPathEnd = 0;
-        if (sscanf(s_szLine, "%*d %*d %u:%u %*s %n%*s%n", &ulMajor, &ulMinor, &lPath, &lPathEnd) != 2 || !lPathEnd)
+        int nPath = 0, nPathEnd = 0;
+        if (sscanf(s_szLine, "%*d %*d %u:%u %*s %n%*s%n", &ulMajor, &ulMinor, &nPath, &nPathEnd) != 2 || !nPathEnd)
             continue;
-        const char *pszSystem = strstr(s_szLine + lPathEnd, " - ");
-        s_szLine[lPathEnd] = 0;
-        Unescape(s_szLine + lPath);
+        const char *pszSystem = strstr(s_szLine + nPathEnd, " - ");
+        s_szLine[nPathEnd] = 0;
+        Unescape(s_szLine + nPath);
         // The last line for a folder is what can be seen there.
-        if (strcmp(s_szLine + lPath, szFull) == 0 && pszSystem && sscanf(pszSystem + 3, "%63s", pMount->szSystem) == 1)
+        if (strcmp(s_szLine + nPath, szFull) == 0 && pszSystem && sscanf(pszSystem + 3, "%63s", pMount->szSystem) == 1)
         {
             pMount->ulDevice = makedev(ulMajor, ulMinor);
             bFound = true;
@@ -95,9 +95,9 @@ bool IsRemovable(dev_t ulDevice)
                  pszPlace);
         if (FILE *pFile = fopen(szPath, "re"))
         {
-            const int lFlag = fgetc(pFile);
+            const int nFlag = fgetc(pFile);
             fclose(pFile);
-            return lFlag == '1';
+            return nFlag == '1';
         }
     }
     return false;

@@ -14,7 +14,7 @@ struct TErrorText
     const char *pszText;
 };
 
-const TErrorText ERROR_TEXTS[] = {
+const TErrorText s_ErrorTexts[] = {
     { ERROR_SUCCESS, "No error occurred." },
     { ERROR_INVALID_FUNCTION, "This function does not exist." },
     { ERROR_FILE_NOT_FOUND, "The file was not found." },
@@ -85,9 +85,9 @@ void SetLastError(DWORD ulError)
     s_ulLastError = ulError;
 }
 
-DWORD ErrorOf(int lErrno)
+DWORD ErrorOf(int nErrno)
 {
-    switch (lErrno)
+    switch (nErrno)
     {
     case 0:
         return ERROR_SUCCESS;
@@ -145,7 +145,7 @@ DWORD FormatMessageA(DWORD ulFlags, LPCVOID, DWORD ulMessage, DWORD, LPSTR pszBu
         return 0;
     }
     const char *pszText = nullptr;
-    for (const TErrorText &text : ERROR_TEXTS)
+    for (const TErrorText &text : s_ErrorTexts)
         if (text.ulError == ulMessage || (ulMessage >> 16 == 0x8007 && text.ulError == (ulMessage & 0xFFFF)))
             pszText = text.pszText;
     if (!pszText)

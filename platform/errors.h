@@ -3,6 +3,6 @@
 #include "platform/win32.h"
 
 /// The Win32 error that stands for a value of errno.
-DWORD ErrorOf(int lErrno);
+DWORD ErrorOf(int nErrno);
 /// Sets the last error from errno. @return FALSE
 BOOL FailWithErrno();

@@ -11,12 +11,12 @@
 
 namespace
 {
-const unsigned FILE_MAGIC = 0x454C4946;
+const unsigned s_ulFileMagic = 0x454C4946;
 
 struct TFileHandle
 {
     unsigned ulMagic;
-    int lFile;
+    int nFile;
 };
 
 bool IsWritable(const struct stat &info)
@@ -184,10 +184,10 @@ UINT GetTempFileNameA(LPCSTR pszPath, LPCSTR pszPrefix, UINT ulUnique, LPSTR psz
         char szReal[PATH_MAX];
         if (!ResolvePath(pszName, szReal))
             break;
-        const int lFile = open(szReal, O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
-        if (lFile >= 0)
+        const int nFile = open(szReal, O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
+        if (nFile >= 0)
         {
-            close(lFile);
+            close(nFile);
             return ulNumber;
         }
         if (errno != EEXIST)
@@ -215,13 +215,13 @@ HANDLE CreateFileA(LPCSTR pszPath, DWORD ulAccess, DWORD, SECURITY_ATTRIBUTES *,
         FailOnName();
         return INVALID_HANDLE_VALUE;
     }
-    const int lFile = open(szReal, (ulAccess ? O_RDONLY : O_PATH) | O_CLOEXEC | O_NONBLOCK);
+    const int nFile = open(szReal, (ulAccess ? O_RDONLY : O_PATH) | O_CLOEXEC | O_NONBLOCK);
     struct stat info;
-    if (lFile < 0 || fstat(lFile, &info) != 0)
+    if (nFile < 0 || fstat(nFile, &info) != 0)
     {
         FailOnPath(szReal);
-        if (lFile >= 0)
-            close(lFile);
+        if (nFile >= 0)
+            close(nFile);
         return INVALID_HANDLE_VALUE;
     }
     TFileHandle *pHandle = nullptr;
@@ -231,10 +231,10 @@ HANDLE CreateFileA(LPCSTR pszPath, DWORD ulAccess, DWORD, SECURITY_ATTRIBUTES *,
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     if (!pHandle)
     {
-        close(lFile);
+        close(nFile);
         return INVALID_HANDLE_VALUE;
     }
-    *pHandle = { FILE_MAGIC, lFile };
+    *pHandle = { s_ulFileMagic, nFile };
     return pHandle;
 }
 
@@ -242,12 +242,12 @@ BOOL GetFileTime(HANDLE hFile, FILETIME *pCreated, FILETIME *pAccessed, FILETIME
 {
     const TFileHandle *pHandle = (const TFileHandle *)hFile;
     struct statx info;
-    if (!hFile || hFile == INVALID_HANDLE_VALUE || pHandle->ulMagic != FILE_MAGIC)
+    if (!hFile || hFile == INVALID_HANDLE_VALUE || pHandle->ulMagic != s_ulFileMagic)
     {
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;
     }
-    if (statx(pHandle->lFile, "", AT_EMPTY_PATH, STATX_BASIC_STATS | STATX_BTIME, &info) != 0)
+    if (statx(pHandle->nFile, "", AT_EMPTY_PATH, STATX_BASIC_STATS | STATX_BTIME, &info) != 0)
         return FailWithErrno();
     const statx_timestamp &created = info.stx_mask & STATX_BTIME ? info.stx_btime : info.stx_mtime;
     if (pCreated)
@@ -262,12 +262,12 @@ BOOL GetFileTime(HANDLE hFile, FILETIME *pCreated, FILETIME *pAccessed, FILETIME
 BOOL CloseHandle(HANDLE hObject)
 {
     TFileHandle *pHandle = (TFileHandle *)hObject;
-    if (!hObject || hObject == INVALID_HANDLE_VALUE || pHandle->ulMagic != FILE_MAGIC)
+    if (!hObject || hObject == INVALID_HANDLE_VALUE || pHandle->ulMagic != s_ulFileMagic)
     {
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;
     }
-    close(pHandle->lFile);
+    close(pHandle->nFile);
     pHandle->ulMagic = 0;
     free(pHandle);
     return TRUE;
@@ -297,7 +297,7 @@ void _splitpath(const char *pszPath, char *pszDrive, char *pszDir, char *pszName
     CopyPart(pszExt, pszExtStart, pszEnd, _MAX_EXT);
 }
 
-int _chmod(const char *pszPath, int lMode)
+int _chmod(const char *pszPath, int nMode)
 {
     char szReal[PATH_MAX];
     struct stat info;
@@ -305,7 +305,7 @@ int _chmod(const char *pszPath, int lMode)
         return -1;
     // Only writing can be forbidden on Windows.
     const mode_t ulMode = info.st_mode & 07777;
-    return chmod(szReal, lMode & _S_IWRITE ? ulMode | S_IWUSR : ulMode & ~(mode_t)(S_IWUSR | S_IWGRP | S_IWOTH));
+    return chmod(szReal, nMode & _S_IWRITE ? ulMode | S_IWUSR : ulMode & ~(mode_t)(S_IWUSR | S_IWGRP | S_IWOTH));
 }
 
 FILE *PlatformOpenFile(const char *pszPath, const char *pszMode)

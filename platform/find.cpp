@@ -13,7 +13,7 @@
 
 namespace
 {
-const unsigned FIND_MAGIC = 0x444E4946;
+const unsigned s_ulFindMagic = 0x444E4946;
 
 struct TFind
 {
@@ -55,12 +55,12 @@ bool AddName(TFind *pFind, const char *pszName)
 /// "." and ".." lead, the others follow by their letters.
 bool ComesBefore(const char *pszA, const char *pszB)
 {
-    const int lA = strcmp(pszA, ".") == 0 ? 0 : strcmp(pszA, "..") == 0 ? 1 : 2;
-    const int lB = strcmp(pszB, ".") == 0 ? 0 : strcmp(pszB, "..") == 0 ? 1 : 2;
-    if (lA != lB)
-        return lA < lB;
-    const int lOrder = CompareNames(pszA, pszB);
-    return lOrder ? lOrder < 0 : strcmp(pszA, pszB) < 0;
+    const int nA = strcmp(pszA, ".") == 0 ? 0 : strcmp(pszA, "..") == 0 ? 1 : 2;
+    const int nB = strcmp(pszB, ".") == 0 ? 0 : strcmp(pszB, "..") == 0 ? 1 : 2;
+    if (nA != nB)
+        return nA < nB;
+    const int nOrder = CompareNames(pszA, pszB);
+    return nOrder ? nOrder < 0 : strcmp(pszA, pszB) < 0;
 }
 
 bool FillData(const TFind *pFind, const char *pszName, WIN32_FIND_DATAA *pData)
@@ -121,7 +121,7 @@ HANDLE FindFirstFileA(LPCSTR pszPattern, WIN32_FIND_DATAA *pData)
     TFind *pFind = (TFind *)calloc(1, sizeof(TFind));
     if (!pFind)
         return Fail(ERROR_NOT_ENOUGH_MEMORY);
-    pFind->ulMagic = FIND_MAGIC;
+    pFind->ulMagic = s_ulFindMagic;
     char szFolder[PATH_MAX];
     memcpy(szFolder, pszPattern, ulFolder);
     szFolder[ulFolder] = 0;
@@ -162,7 +162,7 @@ HANDLE FindFirstFileA(LPCSTR pszPattern, WIN32_FIND_DATAA *pData)
 BOOL FindNextFileA(HANDLE hFind, WIN32_FIND_DATAA *pData)
 {
     TFind *pFind = (TFind *)hFind;
-    if (!hFind || hFind == INVALID_HANDLE_VALUE || pFind->ulMagic != FIND_MAGIC || !pData)
+    if (!hFind || hFind == INVALID_HANDLE_VALUE || pFind->ulMagic != s_ulFindMagic || !pData)
     {
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;
@@ -176,7 +176,7 @@ BOOL FindNextFileA(HANDLE hFind, WIN32_FIND_DATAA *pData)
 BOOL FindClose(HANDLE hFind)
 {
     TFind *pFind = (TFind *)hFind;
-    if (!hFind || hFind == INVALID_HANDLE_VALUE || pFind->ulMagic != FIND_MAGIC)
+    if (!hFind || hFind == INVALID_HANDLE_VALUE || pFind->ulMagic != s_ulFindMagic)
     {
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;

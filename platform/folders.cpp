@@ -82,13 +82,13 @@ bool MakeFolders(char *pszPath)
 }
 } // namespace
 
-HRESULT GetFolderPath(HWND, int lFolder, HANDLE, DWORD ulFlags, LPSTR pszPath)
+HRESULT GetFolderPath(HWND, int nFolder, HANDLE, DWORD ulFlags, LPSTR pszPath)
 {
     if (!pszPath || ulFlags > 1)
         return E_INVALIDARG;
     pszPath[0] = 0;
     CText path;
-    switch (lFolder & 0xFF)
+    switch (nFolder & 0xFF)
     {
     case CSIDL_DESKTOP:
     case CSIDL_DESKTOPDIRECTORY:
@@ -135,7 +135,7 @@ HRESULT GetFolderPath(HWND, int lFolder, HANDLE, DWORD ulFlags, LPSTR pszPath)
     struct stat info;
     if (stat(pszPath, &info) == 0 && S_ISDIR(info.st_mode))
         return S_OK;
-    if (!(lFolder & CSIDL_FLAG_CREATE))
+    if (!(nFolder & CSIDL_FLAG_CREATE))
         return S_FALSE;
     return MakeFolders(pszPath) ? S_OK : E_ACCESSDENIED;
 }

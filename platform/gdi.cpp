@@ -18,9 +18,9 @@ HBITMAP DefaultBitmap()
     static HBITMAP__ s_Bitmap = {};
     s_Bitmap.eKind = GDI_BITMAP;
     s_Bitmap.bStock = true;
-    s_Bitmap.lWidth = s_Bitmap.lHeight = 1;
-    s_Bitmap.lDepth = 8;
-    s_Bitmap.lPitch = 4;
+    s_Bitmap.nWidth = s_Bitmap.nHeight = 1;
+    s_Bitmap.nDepth = 8;
+    s_Bitmap.nPitch = 4;
     s_Bitmap.bTopDown = true;
     s_Bitmap.pBits = s_aucPixel;
     return &s_Bitmap;
@@ -28,9 +28,9 @@ HBITMAP DefaultBitmap()
 
 int DesktopDepth()
 {
-    int lWidth, lHeight, lDepth;
-    Backend()->GetDesktop(&lWidth, &lHeight, &lDepth);
-    return lDepth;
+    int nWidth, nHeight, nDepth;
+    Backend()->GetDesktop(&nWidth, &nHeight, &nDepth);
+    return nDepth;
 }
 } // namespace
 
@@ -46,15 +46,15 @@ HDC NewDC(HWND hWnd, bool bMemory)
     hDC->bMemory = bMemory;
     hDC->hBitmap = bMemory ? DefaultBitmap() : nullptr;
     hDC->hPalette = DefaultPalette();
-    ++hDC->hPalette->lSelected;
+    ++hDC->hPalette->nSelected;
     return hDC;
 }
 
 void FreeDC(HDC hDC)
 {
     if (hDC->hBitmap)
-        --hDC->hBitmap->lSelected;
-    --hDC->hPalette->lSelected;
+        --hDC->hBitmap->nSelected;
+    --hDC->hPalette->nSelected;
     free(hDC);
 }
 
@@ -84,10 +84,10 @@ HGDIOBJ SelectObject(HDC hDC, HGDIOBJ hObject)
     }
     const HBITMAP hBitmap = static_cast<HBITMAP>(pObject), hOld = hDC->hBitmap;
     // A bitmap can be in one context only.
-    if (hBitmap != hOld && hBitmap->lSelected && !hBitmap->bStock)
+    if (hBitmap != hOld && hBitmap->nSelected && !hBitmap->bStock)
         return nullptr;
-    --hOld->lSelected;
-    ++hBitmap->lSelected;
+    --hOld->nSelected;
+    ++hBitmap->nSelected;
     hDC->hBitmap = hBitmap;
     return static_cast<TGdiObject *>(hOld);
 }
@@ -99,7 +99,7 @@ BOOL DeleteObject(HGDIOBJ hObject)
         return FALSE;
     if (pObject->bStock)
         return TRUE;
-    if (pObject->lSelected)
+    if (pObject->nSelected)
         return FALSE;
     if (pObject->eKind == GDI_BITMAP)
     {
@@ -115,37 +115,37 @@ BOOL DeleteObject(HGDIOBJ hObject)
     return FALSE;
 }
 
-HGDIOBJ GetStockObject(int lObject)
+HGDIOBJ GetStockObject(int nObject)
 {
-    if (lObject >= WHITE_BRUSH && lObject <= NULL_BRUSH)
-        return static_cast<TGdiObject *>(&s_Brushes[lObject]);
-    return lObject == DEFAULT_PALETTE ? static_cast<TGdiObject *>(DefaultPalette()) : nullptr;
+    if (nObject >= WHITE_BRUSH && nObject <= NULL_BRUSH)
+        return static_cast<TGdiObject *>(&s_Brushes[nObject]);
+    return nObject == DEFAULT_PALETTE ? static_cast<TGdiObject *>(DefaultPalette()) : nullptr;
 }
 
-int GetDeviceCaps(HDC hDC, int lIndex)
+int GetDeviceCaps(HDC hDC, int nIndex)
 {
     if (!hDC || !Backend()->Start())
         return 0;
-    int lWidth, lHeight, lDepth;
-    Backend()->GetDesktop(&lWidth, &lHeight, &lDepth);
-    switch (lIndex)
+    int nWidth, nHeight, nDepth;
+    Backend()->GetDesktop(&nWidth, &nHeight, &nDepth);
+    switch (nIndex)
     {
     case HORZRES:
-        return lWidth;
+        return nWidth;
     case VERTRES:
-        return lHeight;
+        return nHeight;
     case BITSPIXEL:
-        return lDepth;
+        return nDepth;
     case PLANES:
         return 1;
     case NUMCOLORS:
-        return lDepth <= 8 ? 20 : -1;
+        return nDepth <= 8 ? 20 : -1;
     case RASTERCAPS:
-        return RC_BITBLT | RC_DI_BITMAP | (lDepth <= 8 ? RC_PALETTE : 0);
+        return RC_BITBLT | RC_DI_BITMAP | (nDepth <= 8 ? RC_PALETTE : 0);
     case SIZEPALETTE:
-        return lDepth <= 8 ? 256 : 0;
+        return nDepth <= 8 ? 256 : 0;
     case NUMRESERVED:
-        return lDepth <= 8 ? 20 : 0;
+        return nDepth <= 8 ? 20 : 0;
     default:
         return 0;
     }
@@ -177,15 +177,15 @@ HBITMAP CreateDIBSection(HDC hDC, const BITMAPINFO *pInfo, UINT ulUsage, void **
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    const int lHeight = pHeader->biHeight < 0 ? -pHeader->biHeight : pHeader->biHeight;
+    const int nHeight = pHeader->biHeight < 0 ? -pHeader->biHeight : pHeader->biHeight;
     const long long llPitch = ((long long)pHeader->biWidth * pHeader->biBitCount + 31) / 32 * 4;
-    if (llPitch * lHeight > INT32_MAX)
+    if (llPitch * nHeight > INT32_MAX)
     {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
     }
     const HBITMAP hBitmap = (HBITMAP)calloc(1, sizeof(HBITMAP__));
-    BYTE *pBits = (BYTE *)calloc((size_t)lHeight, (size_t)llPitch);
+    BYTE *pBits = (BYTE *)calloc((size_t)nHeight, (size_t)llPitch);
     if (!hBitmap || !pBits)
     {
         free(hBitmap);
@@ -194,13 +194,13 @@ HBITMAP CreateDIBSection(HDC hDC, const BITMAPINFO *pInfo, UINT ulUsage, void **
         return nullptr;
     }
     hBitmap->eKind = GDI_BITMAP;
-    hBitmap->lWidth = pHeader->biWidth;
-    hBitmap->lHeight = lHeight;
-    hBitmap->lDepth = pHeader->biBitCount;
-    hBitmap->lPitch = (int)llPitch;
+    hBitmap->nWidth = pHeader->biWidth;
+    hBitmap->nHeight = nHeight;
+    hBitmap->nDepth = pHeader->biBitCount;
+    hBitmap->nPitch = (int)llPitch;
     hBitmap->bTopDown = pHeader->biHeight < 0;
     hBitmap->pBits = pBits;
-    if (hBitmap->lDepth == 8)
+    if (hBitmap->nDepth == 8)
     {
         const UINT ulColors = pHeader->biClrUsed && pHeader->biClrUsed < 256 ? pHeader->biClrUsed : 256;
         const BYTE *pTable = (const BYTE *)pInfo + pHeader->biSize;
@@ -221,7 +221,7 @@ HBITMAP CreateDIBSection(HDC hDC, const BITMAPINFO *pInfo, UINT ulUsage, void **
 
 UINT SetDIBColorTable(HDC hDC, UINT ulStart, UINT ulCount, const RGBQUAD *pColors)
 {
-    if (!hDC || !hDC->bMemory || hDC->hBitmap->bStock || hDC->hBitmap->lDepth != 8 || !pColors || ulStart >= 256)
+    if (!hDC || !hDC->bMemory || hDC->hBitmap->bStock || hDC->hBitmap->nDepth != 8 || !pColors || ulStart >= 256)
         return 0;
     ulCount = ulCount < 256 - ulStart ? ulCount : 256 - ulStart;
     memcpy(hDC->hBitmap->aColors + ulStart, pColors, ulCount * sizeof(RGBQUAD));
@@ -231,7 +231,7 @@ UINT SetDIBColorTable(HDC hDC, UINT ulStart, UINT ulCount, const RGBQUAD *pColor
 
 UINT GetDIBColorTable(HDC hDC, UINT ulStart, UINT ulCount, RGBQUAD *pColors)
 {
-    if (!hDC || !hDC->bMemory || hDC->hBitmap->bStock || hDC->hBitmap->lDepth != 8 || !pColors || ulStart >= 256)
+    if (!hDC || !hDC->bMemory || hDC->hBitmap->bStock || hDC->hBitmap->nDepth != 8 || !pColors || ulStart >= 256)
         return 0;
     ulCount = ulCount < 256 - ulStart ? ulCount : 256 - ulStart;
     memcpy(pColors, hDC->hBitmap->aColors + ulStart, ulCount * sizeof(RGBQUAD));

@@ -14,7 +14,7 @@ struct TGdiObject
 {
     EGdiKind eKind;
     bool bStock;
-    int lSelected; ///< contexts that hold it
+    int nSelected; ///< contexts that hold it
 };
 
 struct HBRUSH__ : TGdiObject
@@ -25,17 +25,17 @@ struct HBRUSH__ : TGdiObject
 
 struct HBITMAP__ : TGdiObject
 {
-    int lWidth;
-    int lHeight;
-    int lDepth;
-    int lPitch; ///< bytes
+    int nWidth;
+    int nHeight;
+    int nDepth;
+    int nPitch; ///< bytes
     bool bTopDown;
     BYTE *pBits;
     RGBQUAD aColors[256];
     unsigned ulScreenColors; ///< state of the system palette that aulScreen was made for, 0 for none
     uint32_t aulScreen[256]; ///< aColors as window pixels
 
-    BYTE *Row(int lY) const { return pBits + (size_t)lPitch * (bTopDown ? lY : lHeight - 1 - lY); }
+    BYTE *Row(int nY) const { return pBits + (size_t)nPitch * (bTopDown ? nY : nHeight - 1 - nY); }
 };
 
 struct HPALETTE__ : TGdiObject

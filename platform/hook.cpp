@@ -14,7 +14,7 @@ namespace
 {
 HHOOK s_hFirst = nullptr;
 HHOOK s_hCalled = nullptr;
-int s_lDepth = 0;
+int s_nDepth = 0;
 
 void FreeDead()
 {
@@ -31,7 +31,7 @@ void FreeDead()
     }
 }
 
-LRESULT CallFrom(HHOOK hHook, int lCode, WPARAM wParam, LPARAM lParam)
+LRESULT CallFrom(HHOOK hHook, int nCode, WPARAM wParam, LPARAM lParam)
 {
     while (hHook && hHook->bDead)
         hHook = hHook->pNext;
@@ -39,20 +39,20 @@ LRESULT CallFrom(HHOOK hHook, int lCode, WPARAM wParam, LPARAM lParam)
         return 0;
     const HHOOK hOuter = s_hCalled;
     s_hCalled = hHook;
-    ++s_lDepth;
-    const LRESULT lResult = hHook->pfnProc(lCode, wParam, lParam);
+    ++s_nDepth;
+    const LRESULT lResult = hHook->pfnProc(nCode, wParam, lParam);
     s_hCalled = hOuter;
-    if (!--s_lDepth)
+    if (!--s_nDepth)
         FreeDead();
     return lResult;
 }
 } // namespace
 
-HHOOK SetWindowsHookExA(int lKind, HOOKPROC pfnProc, HINSTANCE hInstance, DWORD ulThread)
+HHOOK SetWindowsHookExA(int nKind, HOOKPROC pfnProc, HINSTANCE hInstance, DWORD ulThread)
 {
-    if (lKind != WH_KEYBOARD || !pfnProc || ulThread != GetCurrentThreadId())
+    if (nKind != WH_KEYBOARD || !pfnProc || ulThread != GetCurrentThreadId())
     {
-        SetLastError(lKind != WH_KEYBOARD ? ERROR_INVALID_HOOK_FILTER
+        SetLastError(nKind != WH_KEYBOARD ? ERROR_INVALID_HOOK_FILTER
                      : !pfnProc           ? ERROR_INVALID_FILTER_PROC
                                           : ERROR_INVALID_PARAMETER);
         return nullptr;
@@ -75,7 +75,7 @@ BOOL UnhookWindowsHookEx(HHOOK hHook)
         if (h != hHook || h->bDead)
             continue;
         h->bDead = true;
-        if (!s_lDepth)
+        if (!s_nDepth)
             FreeDead();
         return TRUE;
     }
@@ -83,13 +83,13 @@ BOOL UnhookWindowsHookEx(HHOOK hHook)
     return FALSE;
 }
 
-LRESULT CallNextHookEx(HHOOK, int lCode, WPARAM wParam, LPARAM lParam)
+LRESULT CallNextHookEx(HHOOK, int nCode, WPARAM wParam, LPARAM lParam)
 {
     // Windows goes by the hook that is being called, too, and not by the handle.
-    return s_hCalled ? CallFrom(s_hCalled->pNext, lCode, wParam, lParam) : 0;
+    return s_hCalled ? CallFrom(s_hCalled->pNext, nCode, wParam, lParam) : 0;
 }
 
-bool CallKeyboardHooks(int lCode, WPARAM wParam, LPARAM lParam)
+bool CallKeyboardHooks(int nCode, WPARAM wParam, LPARAM lParam)
 {
-    return !CallFrom(s_hFirst, lCode, wParam, lParam);
+    return !CallFrom(s_hFirst, nCode, wParam, lParam);
 }

@@ -4,4 +4,4 @@
 
 /// Shows a key message to the keyboard hooks.
 /// @return false when one of them swallows it
-bool CallKeyboardHooks(int lCode, WPARAM wParam, LPARAM lParam);
+bool CallKeyboardHooks(int nCode, WPARAM wParam, LPARAM lParam);

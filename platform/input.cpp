@@ -10,15 +10,15 @@ bool s_abKeyDown[256];
 bool s_abButtonDown[3];
 bool s_bKeyWithAlt = false; // a key was pressed while Alt is held
 
-const WPARAM BUTTON_FLAG[] = { MK_LBUTTON, MK_RBUTTON, MK_MBUTTON };
-const UINT BUTTON_MSG[] = { WM_LBUTTONDOWN, WM_RBUTTONDOWN, WM_MBUTTONDOWN };
+const WPARAM s_aButtonFlags[] = { MK_LBUTTON, MK_RBUTTON, MK_MBUTTON };
+const UINT s_aulButtonMsgs[] = { WM_LBUTTONDOWN, WM_RBUTTONDOWN, WM_MBUTTONDOWN };
 
 WPARAM HeldFlags()
 {
     WPARAM wFlags = 0;
     for (int i = 0; i < 3; ++i)
         if (s_abButtonDown[i])
-            wFlags |= BUTTON_FLAG[i];
+            wFlags |= s_aButtonFlags[i];
     if (s_abKeyDown[VK_LSHIFT] || s_abKeyDown[VK_RSHIFT])
         wFlags |= MK_SHIFT;
     if (s_abKeyDown[VK_LCONTROL] || s_abKeyDown[VK_RCONTROL])
@@ -27,10 +27,10 @@ WPARAM HeldFlags()
 }
 
 /// Messages name the key without its side; the scan code and the extended bit tell it.
-int MessageKey(int lVirtualKey)
+int MessageKey(int nVirtualKey)
 {
-    const int lBoth = BothSides(lVirtualKey);
-    return lBoth ? lBoth : lVirtualKey;
+    const int nBoth = BothSides(nVirtualKey);
+    return nBoth ? nBoth : nVirtualKey;
 }
 
 void PostSysCommand(HWND hWnd, WPARAM wCommand)
@@ -41,29 +41,29 @@ void PostSysCommand(HWND hWnd, WPARAM wCommand)
 }
 } // namespace
 
-void InputPointer(HWND hWnd, int lX, int lY)
+void InputPointer(HWND hWnd, int nX, int nY)
 {
-    PostInput(hWnd, WM_MOUSEMOVE, HeldFlags(), MAKELPARAM(lX, lY), nullptr);
+    PostInput(hWnd, WM_MOUSEMOVE, HeldFlags(), MAKELPARAM(nX, nY), nullptr);
 }
 
-void InputButton(HWND hWnd, EMouseButton eButton, bool bDown, int lX, int lY)
+void InputButton(HWND hWnd, EMouseButton eButton, bool bDown, int nX, int nY)
 {
     s_abButtonDown[eButton] = bDown;
-    PostInput(hWnd, BUTTON_MSG[eButton] + (bDown ? 0 : 1), HeldFlags(), MAKELPARAM(lX, lY), nullptr);
+    PostInput(hWnd, s_aulButtonMsgs[eButton] + (bDown ? 0 : 1), HeldFlags(), MAKELPARAM(nX, nY), nullptr);
 }
 
 void InputKey(HWND hWnd, const TKeyEvent *pKey)
 {
-    const int lKey = pKey->lVirtualKey & 0xFF;
-    const bool bWasDown = s_abKeyDown[lKey];
+    const int nKey = pKey->nVirtualKey & 0xFF;
+    const bool bWasDown = s_abKeyDown[nKey];
     const bool bAltWasDown = s_abKeyDown[VK_LMENU] || s_abKeyDown[VK_RMENU];
-    s_abKeyDown[lKey] = pKey->bDown;
+    s_abKeyDown[nKey] = pKey->bDown;
     const bool bAlt = s_abKeyDown[VK_LMENU] || s_abKeyDown[VK_RMENU];
     const bool bControl = s_abKeyDown[VK_LCONTROL] || s_abKeyDown[VK_RCONTROL];
-    const int lMessageKey = MessageKey(lKey);
+    const int nMessageKey = MessageKey(nKey);
 
     bool bSystem;
-    if (lMessageKey == VK_MENU)
+    if (nMessageKey == VK_MENU)
     {
         bSystem = !bControl && (pKey->bDown || !s_bKeyWithAlt);
         if (pKey->bDown && !bWasDown)
@@ -71,11 +71,11 @@ void InputKey(HWND hWnd, const TKeyEvent *pKey)
     }
     else
     {
-        bSystem = (bAlt && !bControl) || lMessageKey == VK_F10;
+        bSystem = (bAlt && !bControl) || nMessageKey == VK_F10;
         if (bAlt && pKey->bDown)
             s_bKeyWithAlt = true;
     }
-    DWORD ulData = 1 | (DWORD)(pKey->lScanCode & 0xFF) << 16;
+    DWORD ulData = 1 | (DWORD)(pKey->nScanCode & 0xFF) << 16;
     if (pKey->bExtended)
         ulData |= 1u << 24;
     if (bSystem && (bAlt || bAltWasDown))
@@ -85,7 +85,7 @@ void InputKey(HWND hWnd, const TKeyEvent *pKey)
     if (!pKey->bDown)
         ulData |= 1u << 31;
     const UINT ulMsg = bSystem ? (pKey->bDown ? WM_SYSKEYDOWN : WM_SYSKEYUP) : (pKey->bDown ? WM_KEYDOWN : WM_KEYUP);
-    PostInput(hWnd, ulMsg, (WPARAM)lMessageKey, (LPARAM)ulData, pKey);
+    PostInput(hWnd, ulMsg, (WPARAM)nMessageKey, (LPARAM)ulData, pKey);
 }
 
 void InputClose(HWND hWnd)
@@ -143,7 +143,7 @@ void InputLocks(bool bCaps, bool bNum, bool bScroll)
 void InputText(HWND hWnd, unsigned char ucChar)
 {
     TKeyEvent key = {};
-    key.lVirtualKey = VK_PACKET;
+    key.nVirtualKey = VK_PACKET;
     key.bDown = true;
     key.ucChar = ucChar;
     InputKey(hWnd, &key);

@@ -12,8 +12,8 @@ enum EMouseButton
 
 struct TKeyEvent
 {
-    int lVirtualKey; ///< of the left or right key where there are two
-    int lScanCode;
+    int nVirtualKey; ///< of the left or right key where there are two
+    int nScanCode;
     bool bExtended;
     bool bDown;
     bool bRepeat;
@@ -21,8 +21,8 @@ struct TKeyEvent
 };
 
 /// Positions are in pixels of the client area.
-void InputPointer(HWND hWnd, int lX, int lY);
-void InputButton(HWND hWnd, EMouseButton eButton, bool bDown, int lX, int lY);
+void InputPointer(HWND hWnd, int nX, int nY);
+void InputButton(HWND hWnd, EMouseButton eButton, bool bDown, int nX, int nY);
 void InputKey(HWND hWnd, const TKeyEvent *pKey);
 
 /// A character that no key typed, as input methods give it.

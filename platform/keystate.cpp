@@ -4,23 +4,23 @@
 
 namespace
 {
-const BYTE DOWN = 0x80, ON = 0x01;
+const BYTE s_ucDown = 0x80, s_ucOn = 0x01;
 
 BYTE s_aucKeys[256];
 BYTE s_aucTyped[256]; ///< by each key's last press: its release types the same
 
 void Move(BYTE *pucKey, bool bDown)
 {
-    if (bDown && !(*pucKey & DOWN))
-        *pucKey = (BYTE)((*pucKey ^ ON) | DOWN);
+    if (bDown && !(*pucKey & s_ucDown))
+        *pucKey = (BYTE)((*pucKey ^ s_ucOn) | s_ucDown);
     else if (!bDown)
-        *pucKey &= (BYTE)~DOWN;
+        *pucKey &= (BYTE)~s_ucDown;
 }
 } // namespace
 
-int BothSides(int lVirtualKey)
+int BothSides(int nVirtualKey)
 {
-    switch (lVirtualKey)
+    switch (nVirtualKey)
     {
     case VK_LSHIFT:
     case VK_RSHIFT:
@@ -36,30 +36,30 @@ int BothSides(int lVirtualKey)
     }
 }
 
-void TakeKeyState(int lVirtualKey, bool bDown, unsigned char ucChar)
+void TakeKeyState(int nVirtualKey, bool bDown, unsigned char ucChar)
 {
-    lVirtualKey &= 0xFF;
-    Move(&s_aucKeys[lVirtualKey], bDown);
+    nVirtualKey &= 0xFF;
+    Move(&s_aucKeys[nVirtualKey], bDown);
     if (bDown)
-        s_aucTyped[lVirtualKey] = ucChar;
-    const int lBoth = BothSides(lVirtualKey);
-    if (!lBoth)
+        s_aucTyped[nVirtualKey] = ucChar;
+    const int nBoth = BothSides(nVirtualKey);
+    if (!nBoth)
         return;
     // The left key of a pair is followed by the right one.
-    const int lLeft = lVirtualKey & ~1;
-    Move(&s_aucKeys[lBoth], (s_aucKeys[lLeft] | s_aucKeys[lLeft + 1]) & DOWN);
+    const int nLeft = nVirtualKey & ~1;
+    Move(&s_aucKeys[nBoth], (s_aucKeys[nLeft] | s_aucKeys[nLeft + 1]) & s_ucDown);
 }
 
-void SetLockState(int lVirtualKey, bool bOn)
+void SetLockState(int nVirtualKey, bool bOn)
 {
-    BYTE &ucKey = s_aucKeys[lVirtualKey & 0xFF];
-    ucKey = (BYTE)((ucKey & ~ON) | (bOn ? ON : 0));
+    BYTE &ucKey = s_aucKeys[nVirtualKey & 0xFF];
+    ucKey = (BYTE)((ucKey & ~s_ucOn) | (bOn ? s_ucOn : 0));
 }
 
 void ReleaseKeyState()
 {
     for (BYTE &ucKey : s_aucKeys)
-        ucKey &= (BYTE)~DOWN;
+        ucKey &= (BYTE)~s_ucDown;
 }
 
 void ResetKeyState()
@@ -68,10 +68,10 @@ void ResetKeyState()
     memset(s_aucTyped, 0, sizeof(s_aucTyped));
 }
 
-SHORT GetKeyState(int lVirtualKey)
+SHORT GetKeyState(int nVirtualKey)
 {
-    const BYTE ucKey = s_aucKeys[lVirtualKey & 0xFF];
-    return (SHORT)((ucKey & DOWN ? 0xFF80 : 0) | (ucKey & ON));
+    const BYTE ucKey = s_aucKeys[nVirtualKey & 0xFF];
+    return (SHORT)((ucKey & s_ucDown ? 0xFF80 : 0) | (ucKey & s_ucOn));
 }
 
 BOOL GetKeyboardState(BYTE *pucState)

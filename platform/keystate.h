@@ -5,13 +5,13 @@
 #include "platform/win32.h"
 
 /// The key that stands for both sides of a modifier; 0 for other keys.
-int BothSides(int lVirtualKey);
+int BothSides(int nVirtualKey);
 /// Takes over a message of a key or mouse button.
-/// @param lVirtualKey  of one side where there are two
+/// @param nVirtualKey  of one side where there are two
 /// @param ucChar       what a key-down types, 0 for nothing
-void TakeKeyState(int lVirtualKey, bool bDown, unsigned char ucChar);
+void TakeKeyState(int nVirtualKey, bool bDown, unsigned char ucChar);
 /// Sets a lock as the desktop has it.
-void SetLockState(int lVirtualKey, bool bOn);
+void SetLockState(int nVirtualKey, bool bOn);
 /// Keys and buttons go up without a message; locks stay.
 void ReleaseKeyState();
 /// As at the start of a program.

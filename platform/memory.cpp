@@ -10,9 +10,9 @@
 
 namespace
 {
-const uintptr_t GRANULARITY = 0x10000;
-const uintptr_t LOW_START = 0x10000000, LOW_END = 0x80000000;
-const uintptr_t TOP_OF_SPACE = 0x7FFFFFFF0000;
+const uintptr_t s_ulGranularity = 0x10000;
+const uintptr_t s_ulLowStart = 0x10000000, s_ulLowEnd = 0x80000000;
+const uintptr_t s_ulTopOfSpace = 0x7FFFFFFF0000;
 
 struct TReservation
 {
@@ -120,20 +120,20 @@ private:
 uintptr_t MapLow(uintptr_t ulSize)
 {
     CMappings mappings;
-    if (!mappings.IsOpen() || ulSize > LOW_END - LOW_START)
+    if (!mappings.IsOpen() || ulSize > s_ulLowEnd - s_ulLowStart)
         return 0;
-    uintptr_t ulFree = LOW_START;
+    uintptr_t ulFree = s_ulLowStart;
     TMapping mapping;
     bool bMore;
     do
     {
         bMore = mappings.Next(&mapping);
-        const uintptr_t ulEnd = bMore && mapping.ulStart < LOW_END ? mapping.ulStart : LOW_END;
+        const uintptr_t ulEnd = bMore && mapping.ulStart < s_ulLowEnd ? mapping.ulStart : s_ulLowEnd;
         if (ulEnd > ulFree && ulEnd - ulFree >= ulSize && MapAt(ulFree, ulSize))
             return ulFree;
         if (bMore && mapping.ulEnd > ulFree)
-            ulFree = (mapping.ulEnd + GRANULARITY - 1) & ~(GRANULARITY - 1);
-    } while (bMore && ulFree < LOW_END && LOW_END - ulFree >= ulSize);
+            ulFree = (mapping.ulEnd + s_ulGranularity - 1) & ~(s_ulGranularity - 1);
+    } while (bMore && ulFree < s_ulLowEnd && s_ulLowEnd - ulFree >= ulSize);
     return 0;
 }
 
@@ -142,11 +142,11 @@ uintptr_t MapAnywhere(uintptr_t ulSize)
     const uintptr_t ulLow = MapLow(ulSize);
     if (ulLow)
         return ulLow;
-    void *p = mmap(nullptr, ulSize + GRANULARITY, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    void *p = mmap(nullptr, ulSize + s_ulGranularity, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (p == MAP_FAILED)
         return 0;
-    const uintptr_t ulStart = (uintptr_t)p, ulEnd = ulStart + ulSize + GRANULARITY;
-    const uintptr_t ulBase = (ulStart + GRANULARITY - 1) & ~(GRANULARITY - 1);
+    const uintptr_t ulStart = (uintptr_t)p, ulEnd = ulStart + ulSize + s_ulGranularity;
+    const uintptr_t ulBase = (ulStart + s_ulGranularity - 1) & ~(s_ulGranularity - 1);
     if (ulBase > ulStart)
         munmap(p, ulBase - ulStart);
     if (ulEnd > ulBase + ulSize)
@@ -156,7 +156,7 @@ uintptr_t MapAnywhere(uintptr_t ulSize)
 
 TReservation *Reserve(uintptr_t ulAddress, uintptr_t ulSize, DWORD ulProtect)
 {
-    const uintptr_t ulBase = ulAddress & ~(GRANULARITY - 1);
+    const uintptr_t ulBase = ulAddress & ~(s_ulGranularity - 1);
     ulSize = PageUp(ulSize + (ulAddress - ulBase));
     TReservation *pNew = (TReservation *)calloc(1, sizeof(TReservation));
     BYTE *pPages = (BYTE *)calloc(ulSize / PageSize(), 1);
@@ -231,7 +231,7 @@ bool QueryMappings(uintptr_t ulAddress, MEMORY_BASIC_INFORMATION *pInfo)
     if (!mappings.IsOpen())
         return false;
     TMapping mapping;
-    uintptr_t ulFreeEnd = TOP_OF_SPACE;
+    uintptr_t ulFreeEnd = s_ulTopOfSpace;
     while (mappings.Next(&mapping))
     {
         if (mapping.ulEnd <= ulAddress)
@@ -275,7 +275,7 @@ void *PlainAlloc(UINT ulFlags, SIZE_T ulSize)
 LPVOID VirtualAlloc(LPVOID pAddress, SIZE_T ulSize, DWORD ulType, DWORD ulProtect)
 {
     const uintptr_t ulAddress = (uintptr_t)pAddress;
-    if (!ulSize || ulSize > TOP_OF_SPACE || ulAddress > TOP_OF_SPACE - ulSize || !IsProtection(ulProtect) ||
+    if (!ulSize || ulSize > s_ulTopOfSpace || ulAddress > s_ulTopOfSpace - ulSize || !IsProtection(ulProtect) ||
         !(ulType & (MEM_RESERVE | MEM_COMMIT)) || (ulType & ~(DWORD)(MEM_RESERVE | MEM_COMMIT)))
     {
         SetLastError(ERROR_INVALID_PARAMETER);

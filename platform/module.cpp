@@ -14,7 +14,7 @@ struct HINSTANCE__
 {
     HMODULE pNext;
     void *pLibrary; ///< null for the built-in one
-    int lReferences;
+    int nReferences;
 };
 
 namespace
@@ -57,9 +57,9 @@ void *OpenIn(const char *pszFolder, size_t ulFolder, LPCSTR pszName, const char 
     for (int i = 0; i < 3; ++i)
     {
         char szPath[PATH_MAX];
-        const int lLength =
+        const int nLength =
             snprintf(szPath, sizeof(szPath), apszForms[i], (int)ulFolder, pszFolder, i == 0 ? pszName : pszBase);
-        if (lLength < (int)sizeof(szPath))
+        if (nLength < (int)sizeof(szPath))
             if (void *p = OpenPath(szPath))
                 return p;
     }
@@ -76,10 +76,10 @@ void *OpenBare(LPCSTR pszName)
 {
     char szBase[NAME_MAX + 1], szPath[PATH_MAX];
     BaseName(pszName, szBase, sizeof(szBase));
-    const ssize_t lLength = readlink("/proc/self/exe", szPath, sizeof(szPath) - 1);
-    if (lLength > 0)
+    const ssize_t nLength = readlink("/proc/self/exe", szPath, sizeof(szPath) - 1);
+    if (nLength > 0)
     {
-        szPath[lLength] = 0;
+        szPath[nLength] = 0;
         if (void *p = OpenIn(szPath, FolderLength(szPath), pszName, szBase))
             return p;
     }
@@ -142,7 +142,7 @@ HMODULE LoadLibraryA(LPCSTR pszName)
         if (h->pLibrary == pLibrary)
         {
             // The loader has counted it, too.
-            ++h->lReferences;
+            ++h->nReferences;
             return h;
         }
     }
@@ -189,7 +189,7 @@ BOOL FreeLibrary(HMODULE hModule)
     }
     if (hModule->pLibrary)
         dlclose(hModule->pLibrary);
-    if (--hModule->lReferences)
+    if (--hModule->nReferences)
         return TRUE;
     HMODULE *phLink = &s_pModules;
     while (*phLink != hModule)

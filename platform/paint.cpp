@@ -40,10 +40,10 @@ TPixelView LockWindow(HWND hWnd)
         return {};
     if (view.bLost)
     {
-        for (int y = 0; y < view.lHeight; ++y)
-            memset(view.pPixels + (size_t)y * view.lPitch, 0, (size_t)view.lWidth * 4);
-        hWnd->lDirty = 0;
-        AddDirty(hWnd, { 0, 0, view.lWidth, view.lHeight });
+        for (int y = 0; y < view.nHeight; ++y)
+            memset(view.pPixels + (size_t)y * view.nPitch, 0, (size_t)view.nWidth * 4);
+        hWnd->nDirty = 0;
+        AddDirty(hWnd, { 0, 0, view.nWidth, view.nHeight });
         InvalidateRect(hWnd, nullptr, TRUE);
     }
     return view;
@@ -54,43 +54,43 @@ void AddDirty(HWND hWnd, const RECT &rcArea)
     RECT rcNew = rcArea;
     if (IsEmpty(rcNew))
         return;
-    int lKept = 0;
-    for (int i = 0; i < hWnd->lDirty; ++i)
+    int nKept = 0;
+    for (int i = 0; i < hWnd->nDirty; ++i)
     {
         const RECT rc = hWnd->arcDirty[i];
         if (Contains(rc, rcNew))
             return;
         if (!Contains(rcNew, rc))
-            hWnd->arcDirty[lKept++] = rc;
+            hWnd->arcDirty[nKept++] = rc;
     }
-    hWnd->lDirty = lKept;
-    if (hWnd->lDirty < MAX_DIRTY_RECTS)
+    hWnd->nDirty = nKept;
+    if (hWnd->nDirty < MAX_DIRTY_RECTS)
     {
-        hWnd->arcDirty[hWnd->lDirty++] = rcNew;
+        hWnd->arcDirty[hWnd->nDirty++] = rcNew;
         return;
     }
     // No room: it joins the area that grows least by it.
-    int lBest = 0;
+    int nBest = 0;
     long long llBest = -1;
-    for (int i = 0; i < hWnd->lDirty; ++i)
+    for (int i = 0; i < hWnd->nDirty; ++i)
     {
         const long long llGrowth = AreaOf(UnionOf(hWnd->arcDirty[i], rcNew)) - AreaOf(hWnd->arcDirty[i]);
         if (llBest < 0 || llGrowth < llBest)
         {
             llBest = llGrowth;
-            lBest = i;
+            nBest = i;
         }
     }
-    hWnd->arcDirty[lBest] = UnionOf(hWnd->arcDirty[lBest], rcNew);
+    hWnd->arcDirty[nBest] = UnionOf(hWnd->arcDirty[nBest], rcNew);
 }
 
 void PresentWindow(HWND hWnd)
 {
-    if (!hWnd->lDirty)
+    if (!hWnd->nDirty)
         return;
     if (IsShown(hWnd))
-        Backend()->Present(hWnd, hWnd->arcDirty, hWnd->lDirty);
-    hWnd->lDirty = 0;
+        Backend()->Present(hWnd, hWnd->arcDirty, hWnd->nDirty);
+    hWnd->nDirty = 0;
 }
 
 void PresentAll()

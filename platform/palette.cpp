@@ -6,10 +6,10 @@
 
 namespace
 {
-const UINT MAX_ENTRIES = 1024;
+const UINT s_ulMaxEntries = 1024;
 
 // The colours that the desktop keeps for itself: the first and the last ten.
-const PALETTEENTRY STATIC_COLORS[20] = {
+const PALETTEENTRY s_StaticColors[20] = {
     { 0, 0, 0, 0 },       { 128, 0, 0, 0 },     { 0, 128, 0, 0 },     { 128, 128, 0, 0 },   { 0, 0, 128, 0 },
     { 128, 0, 128, 0 },   { 0, 128, 128, 0 },   { 192, 192, 192, 0 }, { 192, 220, 192, 0 }, { 166, 202, 240, 0 },
     { 255, 251, 240, 0 }, { 160, 160, 164, 0 }, { 128, 128, 128, 0 }, { 255, 0, 0, 0 },     { 0, 255, 0, 0 },
@@ -39,22 +39,22 @@ bool SameColor(const PALETTEENTRY &a, const PALETTEENTRY &b)
     return a.peRed == b.peRed && a.peGreen == b.peGreen && a.peBlue == b.peBlue;
 }
 
-int Distance(const PALETTEENTRY &a, int lRed, int lGreen, int lBlue)
+int Distance(const PALETTEENTRY &a, int nRed, int nGreen, int nBlue)
 {
-    const int lR = a.peRed - lRed, lG = a.peGreen - lGreen, lB = a.peBlue - lBlue;
-    return lR * lR + lG * lG + lB * lB;
+    const int nR = a.peRed - nRed, nG = a.peGreen - nGreen, nB = a.peBlue - nBlue;
+    return nR * nR + nG * nG + nB * nB;
 }
 
-UINT Nearest(int lRed, int lGreen, int lBlue)
+UINT Nearest(int nRed, int nGreen, int nBlue)
 {
     UINT ulBest = 0;
-    int lBest = INT32_MAX;
-    for (UINT i = 0; i < 256 && lBest; ++i)
+    int nBest = INT32_MAX;
+    for (UINT i = 0; i < 256 && nBest; ++i)
     {
-        const int lDistance = Distance(s_aSystem[i], lRed, lGreen, lBlue);
-        if (lDistance < lBest)
+        const int nDistance = Distance(s_aSystem[i], nRed, nGreen, nBlue);
+        if (nDistance < nBest)
         {
-            lBest = lDistance;
+            nBest = nDistance;
             ulBest = i;
         }
     }
@@ -69,7 +69,7 @@ bool PutStaticColors()
     {
         if (!IsStatic(i))
             continue;
-        const PALETTEENTRY &color = STATIC_COLORS[i < 10 ? i : i - 236];
+        const PALETTEENTRY &color = s_StaticColors[i < 10 ? i : i - 236];
         bChanged = bChanged || !SameColor(s_aSystem[i], color);
         s_aSystem[i] = color;
         s_abUsed[i] = true;
@@ -124,7 +124,7 @@ HPALETTE DefaultPalette()
     static HPALETTE__ s_Palette = {};
     if (!s_Palette.pEntries)
     {
-        memcpy(s_aEntries, STATIC_COLORS, sizeof(s_aEntries));
+        memcpy(s_aEntries, s_StaticColors, sizeof(s_aEntries));
         s_Palette.eKind = GDI_PALETTE;
         s_Palette.bStock = true;
         s_Palette.ulEntries = 20;
@@ -170,7 +170,8 @@ void ResetSystemPalette()
 
 HPALETTE CreatePalette(const LOGPALETTE *pPalette)
 {
-    if (!pPalette || pPalette->palVersion != 0x300 || !pPalette->palNumEntries || pPalette->palNumEntries > MAX_ENTRIES)
+    if (!pPalette || pPalette->palVersion != 0x300 || !pPalette->palNumEntries ||
+        pPalette->palNumEntries > s_ulMaxEntries)
     {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
@@ -199,8 +200,8 @@ HPALETTE SelectPalette(HDC hDC, HPALETTE hPalette, BOOL bBackground)
         return nullptr;
     }
     const HPALETTE hOld = hDC->hPalette;
-    --hOld->lSelected;
-    ++hPalette->lSelected;
+    --hOld->nSelected;
+    ++hPalette->nSelected;
     hDC->hPalette = hPalette;
     hDC->bBackground = bBackground;
     return hOld;
@@ -241,7 +242,7 @@ UINT RealizePalette(HDC hDC)
 
 BOOL ResizePalette(HPALETTE hPalette, UINT ulEntries)
 {
-    if (!IsPalette(hPalette) || hPalette->bStock || !ulEntries || ulEntries > MAX_ENTRIES)
+    if (!IsPalette(hPalette) || hPalette->bStock || !ulEntries || ulEntries > s_ulMaxEntries)
     {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
@@ -323,7 +324,7 @@ BOOL UpdateColors(HDC hDC)
     for (int y = rcClip.top; y < rcClip.bottom; ++y)
         for (int x = rcClip.left; x < rcClip.right; ++x)
         {
-            uint32_t &ulPixel = view.pPixels[(size_t)y * view.lPitch + x];
+            uint32_t &ulPixel = view.pPixels[(size_t)y * view.nPitch + x];
             ulPixel = NearestSystemColor(ulPixel);
         }
     AddDirty(hDC->hWnd, rcClip);

@@ -12,18 +12,18 @@ uint32_t NextChar(const char **ppsz)
 {
     const unsigned char *p = (const unsigned char *)*ppsz;
     uint32_t ul = p[0];
-    int lLength = 1;
+    int nLength = 1;
     if (p[0] >= 0xC2 && p[0] < 0xE0 && (p[1] & 0xC0) == 0x80)
     {
         ul = (p[0] & 0x1Fu) << 6 | (p[1] & 0x3F);
-        lLength = 2;
+        nLength = 2;
     }
     else if (p[0] >= 0xE0 && p[0] < 0xF0 && (p[1] & 0xC0) == 0x80 && (p[2] & 0xC0) == 0x80)
     {
         ul = (p[0] & 0x0Fu) << 12 | (p[1] & 0x3Fu) << 6 | (p[2] & 0x3F);
-        lLength = 3;
+        nLength = 3;
     }
-    *ppsz += lLength;
+    *ppsz += nLength;
     return ul;
 }
 
@@ -193,12 +193,12 @@ bool MatchesPattern(const char *pszPattern, const char *pszName)
     };
     const int MAX_ITEMS = 512;
     static TItem s_aItems[MAX_ITEMS];
-    int lItems = 0;
+    int nItems = 0;
     for (const char *p = pszPattern; *p;)
     {
-        if (lItems == MAX_ITEMS)
+        if (nItems == MAX_ITEMS)
             return false;
-        TItem &item = s_aItems[lItems++];
+        TItem &item = s_aItems[nItems++];
         const uint32_t ul = Fold(NextChar(&p));
         item = { CHAR, ul };
         if (ul == '?')
@@ -215,7 +215,7 @@ bool MatchesPattern(const char *pszPattern, const char *pszName)
     for (const char *p = pszName;;)
     {
         const bool bEnd = !*p;
-        for (int i = 0; i < lItems; ++i)
+        for (int i = 0; i < nItems; ++i)
         {
             if (!abAt[i])
                 continue;
@@ -224,15 +224,15 @@ bool MatchesPattern(const char *pszPattern, const char *pszName)
                 (ucKind == DOT_OR_END && bEnd))
                 abAt[i + 1] = true;
             // "name." asks for a name without extension.
-            if (ucKind == CHAR && s_aItems[i].ulChar == '.' && bEnd && i == lItems - 1)
+            if (ucKind == CHAR && s_aItems[i].ulChar == '.' && bEnd && i == nItems - 1)
                 abAt[i + 1] = true;
         }
         if (bEnd)
-            return abAt[lItems];
+            return abAt[nItems];
         memset(abNext, 0, sizeof(abNext));
         const bool bLastDot = p == pszLastDot;
         const uint32_t ul = Fold(NextChar(&p));
-        for (int i = 0; i < lItems; ++i)
+        for (int i = 0; i < nItems; ++i)
         {
             if (!abAt[i])
                 continue;

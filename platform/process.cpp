@@ -14,8 +14,8 @@ namespace
 {
 struct TReport
 {
-    int lErrno; ///< of a failed start, 0 when the program has ended
-    int lExit;
+    int nErrno; ///< of a failed start, 0 when the program has ended
+    int nExit;
 };
 
 bool IsProgram(const char *pszPath)
@@ -25,60 +25,60 @@ bool IsProgram(const char *pszPath)
 }
 
 /// Runs between fork and exec: only calls that are safe there.
-[[noreturn]] void RunChild(char *const *ppszArguments, const char *pszFolder, int lReport)
+[[noreturn]] void RunChild(char *const *ppszArguments, const char *pszFolder, int nReport)
 {
     TReport report = {};
     signal(SIGPIPE, SIG_DFL);
     if (pszFolder && chdir(pszFolder) != 0)
     {
-        report.lErrno = errno == ENOENT ? ENOTDIR : errno;
-        if (write(lReport, &report, sizeof(report)) < 0)
+        report.nErrno = errno == ENOENT ? ENOTDIR : errno;
+        if (write(nReport, &report, sizeof(report)) < 0)
             _exit(126);
         _exit(127);
     }
     execv(ppszArguments[0], ppszArguments);
-    report.lErrno = errno;
-    if (write(lReport, &report, sizeof(report)) < 0)
+    report.nErrno = errno;
+    if (write(nReport, &report, sizeof(report)) < 0)
         _exit(126);
     _exit(127);
 }
 
 /// Stands between us and the program, so that nobody has to wait for its end.
-[[noreturn]] void RunKeeper(char *const *ppszArguments, const char *pszFolder, int lReport, bool bStay)
+[[noreturn]] void RunKeeper(char *const *ppszArguments, const char *pszFolder, int nReport, bool bStay)
 {
     setsid();
     // Our connection to the display must end with us, not with the program.
-    if (lReport != 3)
-        dup3(lReport, 3, O_CLOEXEC);
-    lReport = 3;
+    if (nReport != 3)
+        dup3(nReport, 3, O_CLOEXEC);
+    nReport = 3;
     close_range(4, ~0u, 0);
     int alStart[2];
     TReport report = {};
     if (pipe2(alStart, O_CLOEXEC) != 0)
-        report.lErrno = errno;
+        report.nErrno = errno;
     else
     {
-        const pid_t lChild = fork();
-        if (lChild == 0)
+        const pid_t nChild = fork();
+        if (nChild == 0)
             RunChild(ppszArguments, pszFolder, alStart[1]);
-        report.lErrno = lChild < 0 ? errno : 0;
+        report.nErrno = nChild < 0 ? errno : 0;
         close(alStart[1]);
         TReport start = {};
         // The pipe closes without a word when exec succeeds.
-        if (lChild > 0 && read(alStart[0], &start, sizeof(start)) == (ssize_t)sizeof(start))
+        if (nChild > 0 && read(alStart[0], &start, sizeof(start)) == (ssize_t)sizeof(start))
             report = start;
         // Says "running" first and the exit code later.
-        TReport running = { report.lErrno, -1 };
+        TReport running = { report.nErrno, -1 };
         signal(SIGPIPE, SIG_IGN);
-        if (write(lReport, &running, sizeof(running)) < 0)
+        if (write(nReport, &running, sizeof(running)) < 0)
             _exit(1);
-        int lStatus = 0;
-        while (bStay && lChild > 0 && waitpid(lChild, &lStatus, 0) == -1 && errno == EINTR)
+        int nStatus = 0;
+        while (bStay && nChild > 0 && waitpid(nChild, &nStatus, 0) == -1 && errno == EINTR)
         {
         }
-        report.lExit = WIFEXITED(lStatus) ? WEXITSTATUS(lStatus) : 128;
+        report.nExit = WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : 128;
     }
-    if (write(lReport, &report, sizeof(report)) < 0)
+    if (write(nReport, &report, sizeof(report)) < 0)
         _exit(1);
     _exit(0);
 }
@@ -141,49 +141,49 @@ char **SplitArguments(const char *pszLine, const char *pszFirst)
     return ppszArguments;
 }
 
-int StartProgram(char *const *ppszArguments, const char *pszFolder, int lWait, int *plExit)
+int StartProgram(char *const *ppszArguments, const char *pszFolder, int nWait, int *pnExit)
 {
     int alReport[2];
-    if (plExit)
-        *plExit = -1;
+    if (pnExit)
+        *pnExit = -1;
     if (pipe2(alReport, O_CLOEXEC) != 0)
         return errno;
-    const pid_t lKeeper = fork();
-    if (lKeeper == 0)
+    const pid_t nKeeper = fork();
+    if (nKeeper == 0)
     {
         // Once more, so that the keeper isn't our child and leaves no zombie.
-        const pid_t lInner = fork();
-        if (lInner == 0)
-            RunKeeper(ppszArguments, pszFolder, alReport[1], lWait > 0);
-        _exit(lInner < 0);
+        const pid_t nInner = fork();
+        if (nInner == 0)
+            RunKeeper(ppszArguments, pszFolder, alReport[1], nWait > 0);
+        _exit(nInner < 0);
     }
-    const int lForkErrno = errno;
+    const int nForkErrno = errno;
     close(alReport[1]);
-    if (lKeeper < 0)
+    if (nKeeper < 0)
     {
         close(alReport[0]);
-        return lForkErrno;
+        return nForkErrno;
     }
-    int lStatus;
-    while (waitpid(lKeeper, &lStatus, 0) == -1 && errno == EINTR)
+    int nStatus;
+    while (waitpid(nKeeper, &nStatus, 0) == -1 && errno == EINTR)
     {
     }
     TReport report = {};
-    ssize_t lRead;
+    ssize_t nRead;
     do
-        lRead = read(alReport[0], &report, sizeof(report));
-    while (lRead < 0 && errno == EINTR);
-    if (lRead != (ssize_t)sizeof(report))
-        report.lErrno = EAGAIN;
+        nRead = read(alReport[0], &report, sizeof(report));
+    while (nRead < 0 && errno == EINTR);
+    if (nRead != (ssize_t)sizeof(report))
+        report.nErrno = EAGAIN;
     pollfd poller = { alReport[0], POLLIN, 0 };
-    if (!report.lErrno && lWait > 0 && poll(&poller, 1, lWait) == 1)
+    if (!report.nErrno && nWait > 0 && poll(&poller, 1, nWait) == 1)
     {
         TReport end = {};
-        if (read(alReport[0], &end, sizeof(end)) == (ssize_t)sizeof(end) && plExit)
-            *plExit = end.lExit;
+        if (read(alReport[0], &end, sizeof(end)) == (ssize_t)sizeof(end) && pnExit)
+            *pnExit = end.nExit;
     }
     close(alReport[0]);
-    return report.lErrno;
+    return report.nErrno;
 }
 
 bool FindOnPath(const char *pszName, char *pszFound)
@@ -194,10 +194,10 @@ bool FindOnPath(const char *pszName, char *pszFound)
     while (true)
     {
         const char *pszEnd = strchrnul(pszPath, ':');
-        const int lFolder = (int)(pszEnd - pszPath);
-        const int lLength = snprintf(pszFound, PATH_MAX, "%.*s/%s", lFolder, pszPath, pszName);
+        const int nFolder = (int)(pszEnd - pszPath);
+        const int nLength = snprintf(pszFound, PATH_MAX, "%.*s/%s", nFolder, pszPath, pszName);
         // An empty entry would be the working folder: nothing is started from there unasked.
-        if (lFolder && lLength < PATH_MAX && IsProgram(pszFound))
+        if (nFolder && nLength < PATH_MAX && IsProgram(pszFound))
             return true;
         if (!*pszEnd)
             return false;

@@ -13,10 +13,10 @@ TARVIX_INTERNAL char **SplitArguments(const char *pszLine, const char *pszFirst)
 /// Starts a program that lives on its own.
 /// @param ppszArguments  its name first, as for execv; the name may be a path
 /// @param pszFolder      to start in, or null
-/// @param lWait          milliseconds to wait for a program that ends at once
-/// @param plExit         its exit code, -1 when it is still running, or null
+/// @param nWait          milliseconds to wait for a program that ends at once
+/// @param pnExit         its exit code, -1 when it is still running, or null
 /// @return 0, or the errno of the failed start
-int StartProgram(char *const *ppszArguments, const char *pszFolder, int lWait, int *plExit);
+int StartProgram(char *const *ppszArguments, const char *pszFolder, int nWait, int *pnExit);
 
 /// Looks for a program on PATH.
 /// @param pszFound  PATH_MAX bytes

@@ -13,11 +13,11 @@ namespace
 struct TQueued
 {
     MSG msg;
-    int lVirtualKey; ///< of one side where there are two; 0 for what is no key
+    int nVirtualKey; ///< of one side where there are two; 0 for what is no key
     unsigned char ucChar;
 };
 
-const size_t MAX_QUEUED = 10000; // Windows' own limit
+const size_t s_ulMaxQueued = 10000; // Windows' own limit
 
 class CMsgQueue
 {
@@ -26,7 +26,7 @@ public:
 
     bool Add(const TQueued &item)
     {
-        if (m_ulCount == MAX_QUEUED)
+        if (m_ulCount == s_ulMaxQueued)
             return false;
         if (m_ulCount == m_ulRoom)
         {
@@ -67,7 +67,7 @@ private:
 CMsgQueue s_Posted;
 CMsgQueue s_Input;
 bool s_bQuit = false;
-int s_lExitCode = 0;
+int s_nExitCode = 0;
 TQueued s_LastKey = {}; // the key message handed out last, for TranslateMessage
 
 bool IsMouse(UINT ulMsg)
@@ -168,7 +168,7 @@ bool TakeInput(const TFilter &filter, bool bRemove, TQueued *pItem)
         }
         if (bRemove)
         {
-            TakeKeyState(pItem->lVirtualKey, IsKeyDown(msg.message), pItem->ucChar);
+            TakeKeyState(pItem->nVirtualKey, IsKeyDown(msg.message), pItem->ucChar);
             s_LastKey = *pItem;
         }
         if (CallKeyboardHooks(bRemove ? HC_ACTION : HC_NOREMOVE, msg.wParam, msg.lParam))
@@ -183,7 +183,7 @@ bool TakeInput(const TFilter &filter, bool bRemove, TQueued *pItem)
 
 bool PostInput(HWND hWnd, UINT ulMsg, WPARAM wParam, LPARAM lParam, const TKeyEvent *pKey)
 {
-    const TQueued item = { MakeMsg(hWnd, ulMsg, wParam, lParam), pKey ? pKey->lVirtualKey : 0,
+    const TQueued item = { MakeMsg(hWnd, ulMsg, wParam, lParam), pKey ? pKey->nVirtualKey : 0,
                            pKey ? pKey->ucChar : (unsigned char)0 };
     // The pointer's way is of no interest, only where it has got to.
     if (ulMsg == WM_MOUSEMOVE && s_Input.Count())
@@ -239,7 +239,7 @@ BOOL PeekMessageA(MSG *pMsg, HWND hWnd, UINT ulFirst, UINT ulLast, UINT ulRemove
     {
         if (bRemove)
             s_bQuit = false;
-        *pMsg = MakeMsg(nullptr, WM_QUIT, (WPARAM)s_lExitCode, 0);
+        *pMsg = MakeMsg(nullptr, WM_QUIT, (WPARAM)s_nExitCode, 0);
         return TRUE;
     }
     if (TakeInput(filter, bRemove, &item))
@@ -317,8 +317,8 @@ LRESULT SendMessageA(HWND hWnd, UINT ulMsg, WPARAM wParam, LPARAM lParam)
     return hWnd->pClass->wc.lpfnWndProc(hWnd, ulMsg, wParam, lParam);
 }
 
-void PostQuitMessage(int lExitCode)
+void PostQuitMessage(int nExitCode)
 {
     s_bQuit = true;
-    s_lExitCode = lExitCode;
+    s_nExitCode = nExitCode;
 }

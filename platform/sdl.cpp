@@ -20,8 +20,8 @@ struct TSdlWindow
     POINT ptWanted; ///< where the client area was placed then
 };
 
-const char CANVAS_MARK = 0;
-const DWORD FRAME_STYLES = WS_CAPTION | WS_THICKFRAME;
+const char s_cCanvasMark = 0;
+const DWORD s_ulFrameStyles = WS_CAPTION | WS_THICKFRAME;
 
 class CSdlBackend final : public CBackend
 {
@@ -29,7 +29,7 @@ public:
     ~CSdlBackend();
 
     bool Start() override;
-    void GetDesktop(int *plWidth, int *plHeight, int *plDepth) override;
+    void GetDesktop(int *pnWidth, int *pnHeight, int *pnDepth) override;
     bool OpenWindow(HWND hWnd) override;
     void CloseWindow(HWND hWnd) override;
     void PlaceWindow(HWND hWnd) override;
@@ -38,11 +38,11 @@ public:
     bool GetPlace(HWND hWnd, RECT *prcClient) override;
     void RaiseWindow(HWND hWnd) override;
     bool LockPixels(HWND hWnd, TPixelView *pView) override;
-    void Present(HWND hWnd, const RECT *prcAreas, int lCount) override;
+    void Present(HWND hWnd, const RECT *prcAreas, int nCount) override;
     void Pump() override;
     void SetPointerShape(HCURSOR hCursor) override;
     void GetPointer(POINT *pPoint) override;
-    void SetPointer(int lX, int lY) override;
+    void SetPointer(int nX, int nY) override;
     bool HasClipboardText() override { return SDL_HasClipboardText(); }
     char *GetClipboardText() override;
     bool SetClipboardText(const char *pszUtf8) override { return SDL_SetClipboardText(pszUtf8) == 0; }
@@ -77,16 +77,16 @@ int AtLeastOne(int l)
 /// SDL wants UTF-8; bytes that aren't are taken as Latin-1.
 char *ToUtf8(LPCSTR psz)
 {
-    int lWide = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, psz, -1, nullptr, 0);
-    return SDL_iconv_string("UTF-8", lWide ? "UTF-8" : "ISO-8859-1", psz, strlen(psz) + 1);
+    int nWide = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, psz, -1, nullptr, 0);
+    return SDL_iconv_string("UTF-8", nWide ? "UTF-8" : "ISO-8859-1", psz, strlen(psz) + 1);
 }
 
 POINT FrameCorner(SDL_Window *pWindow)
 {
-    int lTop = 0, lLeft = 0, lBottom, lRight;
-    if (SDL_GetWindowBordersSize(pWindow, &lTop, &lLeft, &lBottom, &lRight) != 0)
+    int nTop = 0, nLeft = 0, nBottom, nRight;
+    if (SDL_GetWindowBordersSize(pWindow, &nTop, &nLeft, &nBottom, &nRight) != 0)
         return {};
-    return { lLeft, lTop };
+    return { nLeft, nTop };
 }
 
 /// A frame that comes or goes later than the window is placed pushes the client
@@ -99,9 +99,9 @@ void UndoShift(TSdlWindow *pNative)
     const bool bFrame = !(SDL_GetWindowFlags(pNative->pWindow) & SDL_WINDOW_BORDERLESS);
     const POINT ptNew = FrameCorner(pNative->pWindow), &ptOld = pNative->ptOldFrame;
     const POINT ptShift = bFrame ? ptNew : POINT{ -ptOld.x, -ptOld.y };
-    int lX, lY;
-    SDL_GetWindowPosition(pNative->pWindow, &lX, &lY);
-    if (!(ptShift.x | ptShift.y) || lX != pNative->ptWanted.x + ptShift.x || lY != pNative->ptWanted.y + ptShift.y)
+    int nX, nY;
+    SDL_GetWindowPosition(pNative->pWindow, &nX, &nY);
+    if (!(ptShift.x | ptShift.y) || nX != pNative->ptWanted.x + ptShift.x || nY != pNative->ptWanted.y + ptShift.y)
         return;
     pNative->bNewFrame = false;
     SDL_SetWindowPosition(pNative->pWindow, pNative->ptWanted.x, pNative->ptWanted.y);
@@ -177,20 +177,20 @@ bool CSdlBackend::Start()
     return true;
 }
 
-void CSdlBackend::GetDesktop(int *plWidth, int *plHeight, int *plDepth)
+void CSdlBackend::GetDesktop(int *pnWidth, int *pnHeight, int *pnDepth)
 {
     SDL_DisplayMode mode = {};
     if (!m_bStarted || SDL_GetDesktopDisplayMode(0, &mode) != 0)
     {
-        *plWidth = *plHeight = 0;
-        *plDepth = 32;
+        *pnWidth = *pnHeight = 0;
+        *pnDepth = 32;
         return;
     }
-    *plWidth = mode.w;
-    *plHeight = mode.h;
+    *pnWidth = mode.w;
+    *pnHeight = mode.h;
     // 24 bits of colour live in 32-bit pixels. Fewer than 16 are not simulated:
     // SDL converts to whatever the display has.
-    *plDepth = SDL_BYTESPERPIXEL(mode.format) == 2 ? 16 : 32;
+    *pnDepth = SDL_BYTESPERPIXEL(mode.format) == 2 ? 16 : 32;
 }
 
 bool CSdlBackend::OpenWindow(HWND hWnd)
@@ -199,7 +199,7 @@ bool CSdlBackend::OpenWindow(HWND hWnd)
     if (!pNative)
         return false;
     Uint32 ulFlags = SDL_WINDOW_HIDDEN;
-    pNative->ulStyle = hWnd->ulStyle & FRAME_STYLES;
+    pNative->ulStyle = hWnd->ulStyle & s_ulFrameStyles;
     if ((hWnd->ulStyle & WS_CAPTION) != WS_CAPTION)
         ulFlags |= SDL_WINDOW_BORDERLESS;
     if (hWnd->ulStyle & WS_THICKFRAME)
@@ -231,9 +231,9 @@ void CSdlBackend::PlaceWindow(HWND hWnd)
 {
     TSdlWindow *pNative = Native(hWnd);
     const RECT &rc = hWnd->rcClient;
-    if (pNative->ulStyle != (hWnd->ulStyle & FRAME_STYLES))
+    if (pNative->ulStyle != (hWnd->ulStyle & s_ulFrameStyles))
     {
-        pNative->ulStyle = hWnd->ulStyle & FRAME_STYLES;
+        pNative->ulStyle = hWnd->ulStyle & s_ulFrameStyles;
         pNative->ptOldFrame = FrameCorner(pNative->pWindow);
         SDL_SetWindowBordered(pNative->pWindow, (SDL_bool)((hWnd->ulStyle & WS_CAPTION) == WS_CAPTION));
         SDL_SetWindowResizable(pNative->pWindow, (SDL_bool)((hWnd->ulStyle & WS_THICKFRAME) != 0));
@@ -241,12 +241,12 @@ void CSdlBackend::PlaceWindow(HWND hWnd)
     }
     pNative->ptWanted = { rc.left, rc.top };
     SDL_SetWindowAlwaysOnTop(pNative->pWindow, (SDL_bool)hWnd->bTopmost);
-    int lX, lY, lWidth, lHeight;
-    SDL_GetWindowSize(pNative->pWindow, &lWidth, &lHeight);
-    if (lWidth != AtLeastOne(WidthOf(rc)) || lHeight != AtLeastOne(HeightOf(rc)))
+    int nX, nY, nWidth, nHeight;
+    SDL_GetWindowSize(pNative->pWindow, &nWidth, &nHeight);
+    if (nWidth != AtLeastOne(WidthOf(rc)) || nHeight != AtLeastOne(HeightOf(rc)))
         SDL_SetWindowSize(pNative->pWindow, AtLeastOne(WidthOf(rc)), AtLeastOne(HeightOf(rc)));
-    SDL_GetWindowPosition(pNative->pWindow, &lX, &lY);
-    if (lX != rc.left || lY != rc.top)
+    SDL_GetWindowPosition(pNative->pWindow, &nX, &nY);
+    if (nX != rc.left || nY != rc.top)
         SDL_SetWindowPosition(pNative->pWindow, rc.left, rc.top);
 }
 
@@ -283,10 +283,10 @@ void CSdlBackend::ShowWindow(HWND hWnd, EShowState eState)
 
 bool CSdlBackend::GetPlace(HWND hWnd, RECT *prcClient)
 {
-    int lX, lY, lWidth, lHeight;
-    SDL_GetWindowPosition(Native(hWnd)->pWindow, &lX, &lY);
-    SDL_GetWindowSize(Native(hWnd)->pWindow, &lWidth, &lHeight);
-    *prcClient = { lX, lY, lX + lWidth, lY + lHeight };
+    int nX, nY, nWidth, nHeight;
+    SDL_GetWindowPosition(Native(hWnd)->pWindow, &nX, &nY);
+    SDL_GetWindowSize(Native(hWnd)->pWindow, &nWidth, &nHeight);
+    *prcClient = { nX, nY, nX + nWidth, nY + nHeight };
     return true;
 }
 
@@ -302,8 +302,8 @@ bool CSdlBackend::LockPixels(HWND hWnd, TPixelView *pView)
     SDL_Surface *pSurface = SDL_GetWindowSurface(pNative->pWindow);
     if (!pSurface)
         return false;
-    const bool bNew = pSurface->userdata != &CANVAS_MARK;
-    pSurface->userdata = (void *)&CANVAS_MARK;
+    const bool bNew = pSurface->userdata != &s_cCanvasMark;
+    pSurface->userdata = (void *)&s_cCanvasMark;
     const Uint32 ulFormat = pSurface->format->format;
     if (ulFormat != SDL_PIXELFORMAT_RGB888 && ulFormat != SDL_PIXELFORMAT_ARGB8888)
     {
@@ -317,27 +317,27 @@ bool CSdlBackend::LockPixels(HWND hWnd, TPixelView *pView)
             return false;
     }
     pView->pPixels = (uint32_t *)pSurface->pixels;
-    pView->lPitch = pSurface->pitch / 4;
-    pView->lWidth = pSurface->w;
-    pView->lHeight = pSurface->h;
+    pView->nPitch = pSurface->pitch / 4;
+    pView->nWidth = pSurface->w;
+    pView->nHeight = pSurface->h;
     pView->bLost = bNew;
     return true;
 }
 
-void CSdlBackend::Present(HWND hWnd, const RECT *prcAreas, int lCount)
+void CSdlBackend::Present(HWND hWnd, const RECT *prcAreas, int nCount)
 {
     TSdlWindow *pNative = Native(hWnd);
     SDL_Surface *pSurface = SDL_GetWindowSurface(pNative->pWindow);
-    if (!pSurface || pSurface->userdata != &CANVAS_MARK)
+    if (!pSurface || pSurface->userdata != &s_cCanvasMark)
         return; // what was drawn went with the old surface
     SDL_Rect arcAreas[MAX_DIRTY_RECTS];
-    int lAreas = 0;
-    for (int i = 0; i < lCount && i < MAX_DIRTY_RECTS; ++i)
+    int nAreas = 0;
+    for (int i = 0; i < nCount && i < MAX_DIRTY_RECTS; ++i)
     {
         RECT rc = prcAreas[i];
         if (!IntersectWith(&rc, { 0, 0, pSurface->w, pSurface->h }))
             continue;
-        SDL_Rect &rcArea = arcAreas[lAreas++];
+        SDL_Rect &rcArea = arcAreas[nAreas++];
         rcArea = { rc.left, rc.top, WidthOf(rc), HeightOf(rc) };
         if (pNative->pCanvas)
         {
@@ -345,8 +345,8 @@ void CSdlBackend::Present(HWND hWnd, const RECT *prcAreas, int lCount)
             SDL_BlitSurface(pNative->pCanvas, &rcArea, pSurface, &rcTarget);
         }
     }
-    if (lAreas)
-        SDL_UpdateWindowSurfaceRects(pNative->pWindow, arcAreas, lAreas);
+    if (nAreas)
+        SDL_UpdateWindowSurfaceRects(pNative->pWindow, arcAreas, nAreas);
 }
 
 void CSdlBackend::Pump()
@@ -386,8 +386,8 @@ void CSdlBackend::HandleEvent(const SDL_Event &event)
         if (hWnd)
         {
             TKeyEvent aKeys[MAX_SDL_KEYS];
-            const int lKeys = TranslateSdlKey(event.key, aKeys);
-            for (int i = 0; i < lKeys; ++i)
+            const int nKeys = TranslateSdlKey(event.key, aKeys);
+            for (int i = 0; i < nKeys; ++i)
                 InputKey(hWnd, &aKeys[i]);
         }
         break;
@@ -472,25 +472,25 @@ void CSdlBackend::GetPointer(POINT *pPoint)
     // window the place is worked out from the window's.
     SDL_Window *pFocus = SDL_GetMouseFocus();
     const HWND hWnd = pFocus ? WindowOfId(SDL_GetWindowID(pFocus)) : nullptr;
-    int lX, lY;
+    int nX, nY;
     if (hWnd)
     {
-        SDL_GetMouseState(&lX, &lY);
-        *pPoint = { lX + hWnd->rcClient.left, lY + hWnd->rcClient.top };
+        SDL_GetMouseState(&nX, &nY);
+        *pPoint = { nX + hWnd->rcClient.left, nY + hWnd->rcClient.top };
         return;
     }
-    SDL_GetGlobalMouseState(&lX, &lY);
-    *pPoint = { lX, lY };
+    SDL_GetGlobalMouseState(&nX, &nY);
+    *pPoint = { nX, nY };
 }
 
-void CSdlBackend::SetPointer(int lX, int lY)
+void CSdlBackend::SetPointer(int nX, int nY)
 {
     SDL_Window *pFocus = SDL_GetMouseFocus();
     const HWND hWnd = pFocus ? WindowOfId(SDL_GetWindowID(pFocus)) : nullptr;
     if (hWnd)
-        SDL_WarpMouseInWindow(pFocus, lX - hWnd->rcClient.left, lY - hWnd->rcClient.top);
+        SDL_WarpMouseInWindow(pFocus, nX - hWnd->rcClient.left, nY - hWnd->rcClient.top);
     else
-        SDL_WarpMouseGlobal(lX, lY);
+        SDL_WarpMouseGlobal(nX, nY);
     // A caller may ask at once where the pointer is.
     SDL_PumpEvents();
 }
@@ -507,7 +507,7 @@ int CSdlBackend::ShowMessageBox(HWND hOwner, LPCSTR pszText, LPCSTR pszCaption, 
 {
     struct TButtons
     {
-        int lCount;
+        int nCount;
         int alIds[3];
         const char *apszNames[3];
     };
@@ -522,17 +522,17 @@ int CSdlBackend::ShowMessageBox(HWND hOwner, LPCSTR pszText, LPCSTR pszCaption, 
     if (!Start())
         return 0;
     const TButtons &buttons = s_Buttons[ulType & MB_TYPEMASK];
-    int lDefault = (ulType & MB_DEFMASK) / MB_DEFBUTTON2;
-    if (lDefault >= buttons.lCount)
-        lDefault = 0;
+    int nDefault = (ulType & MB_DEFMASK) / MB_DEFBUTTON2;
+    if (nDefault >= buttons.nCount)
+        nDefault = 0;
     SDL_MessageBoxButtonData aButtons[3] = {};
-    for (int i = 0; i < buttons.lCount; ++i)
+    for (int i = 0; i < buttons.nCount; ++i)
     {
         aButtons[i].buttonid = buttons.alIds[i];
         aButtons[i].text = buttons.apszNames[i];
-        if (i == lDefault)
+        if (i == nDefault)
             aButtons[i].flags |= SDL_MESSAGEBOX_BUTTON_RETURNKEY_DEFAULT;
-        if (buttons.alIds[i] == IDCANCEL || buttons.lCount == 1)
+        if (buttons.alIds[i] == IDCANCEL || buttons.nCount == 1)
             aButtons[i].flags |= SDL_MESSAGEBOX_BUTTON_ESCAPEKEY_DEFAULT;
     }
     char *pszUtf8Text = ToUtf8(pszText), *pszUtf8Caption = ToUtf8(pszCaption);
@@ -543,18 +543,18 @@ int CSdlBackend::ShowMessageBox(HWND hOwner, LPCSTR pszText, LPCSTR pszCaption, 
     data.window = hOwner ? Native(hOwner)->pWindow : nullptr;
     data.title = pszUtf8Caption ? pszUtf8Caption : "";
     data.message = pszUtf8Text ? pszUtf8Text : "";
-    data.numbuttons = buttons.lCount;
+    data.numbuttons = buttons.nCount;
     data.buttons = aButtons;
-    int lPressed = 0;
-    const int lResult = SDL_ShowMessageBox(&data, &lPressed);
+    int nPressed = 0;
+    const int lResult = SDL_ShowMessageBox(&data, &nPressed);
     SDL_free(pszUtf8Text);
     SDL_free(pszUtf8Caption);
     if (lResult != 0)
         return 0;
     // Closing the box by its frame presses no button.
-    if (lPressed <= 0)
-        return buttons.lCount == 1 ? IDOK : IDCANCEL;
-    return lPressed;
+    if (nPressed <= 0)
+        return buttons.nCount == 1 ? IDOK : IDCANCEL;
+    return nPressed;
 }
 } // namespace
 

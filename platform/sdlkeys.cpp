@@ -13,7 +13,7 @@ struct TKeyRow
     bool bExtended;
 };
 
-const TKeyRow KEY_ROWS[] = {
+const TKeyRow s_KeyRows[] = {
     { SDL_SCANCODE_ESCAPE, VK_ESCAPE, 0x01, false },
     { SDL_SCANCODE_1, '1', 0x02, false },
     { SDL_SCANCODE_2, '2', 0x03, false },
@@ -111,25 +111,27 @@ const TKeyRow KEY_ROWS[] = {
 };
 
 // F1 to F10 lie in one row of scan codes, the others don't.
-const unsigned char FUNCTION_SCAN_CODES[] = { 0x3B, 0x3C, 0x3D, 0x3E, 0x3F, 0x40, 0x41, 0x42, 0x43, 0x44, 0x57, 0x58,
-                                              0x64, 0x65, 0x66, 0x67, 0x68, 0x69, 0x6A, 0x6B, 0x6C, 0x6D, 0x6E, 0x76 };
+const unsigned char s_aucFunctionScanCodes[] = {
+    0x3B, 0x3C, 0x3D, 0x3E, 0x3F, 0x40, 0x41, 0x42, 0x43, 0x44, 0x57, 0x58,
+    0x64, 0x65, 0x66, 0x67, 0x68, 0x69, 0x6A, 0x6B, 0x6C, 0x6D, 0x6E, 0x76
+};
 
 const TKeyRow *FindRow(SDL_Scancode eScan)
 {
-    for (const TKeyRow &row : KEY_ROWS)
+    for (const TKeyRow &row : s_KeyRows)
         if (row.eScan == eScan)
             return &row;
     return nullptr;
 }
 
 /// Letters, digits and signs are named by what the layout has on the key.
-int LayoutKey(SDL_Keycode lSym, int lDefault)
+int LayoutKey(SDL_Keycode nSym, int nDefault)
 {
-    if (lSym >= 'a' && lSym <= 'z')
-        return lSym - 'a' + 'A';
-    if (lSym >= '0' && lSym <= '9')
-        return lSym;
-    switch (lSym)
+    if (nSym >= 'a' && nSym <= 'z')
+        return nSym - 'a' + 'A';
+    if (nSym >= '0' && nSym <= '9')
+        return nSym;
+    switch (nSym)
     {
     case '+':
     case '=':
@@ -141,18 +143,18 @@ int LayoutKey(SDL_Keycode lSym, int lDefault)
     case '.':
         return VK_OEM_PERIOD;
     default:
-        return lDefault;
+        return nDefault;
     }
 }
 
 /// The numeric pad without Num Lock.
-int PadKey(int lVirtualKey)
+int PadKey(int nVirtualKey)
 {
     static const unsigned char s_aucKeys[] = { VK_INSERT, VK_END,   VK_DOWN, VK_NEXT, VK_LEFT,
                                                VK_CLEAR,  VK_RIGHT, VK_HOME, VK_UP,   VK_PRIOR };
-    if (lVirtualKey >= VK_NUMPAD0 && lVirtualKey <= VK_NUMPAD9)
-        return s_aucKeys[lVirtualKey - VK_NUMPAD0];
-    return lVirtualKey == VK_DECIMAL ? VK_DELETE : lVirtualKey;
+    if (nVirtualKey >= VK_NUMPAD0 && nVirtualKey <= VK_NUMPAD9)
+        return s_aucKeys[nVirtualKey - VK_NUMPAD0];
+    return nVirtualKey == VK_DECIMAL ? VK_DELETE : nVirtualKey;
 }
 
 /// SDL puts the text of a key right behind the key.
@@ -176,10 +178,10 @@ bool IsControl(Uint16 usModifiers)
 }
 
 /// What Windows' layouts type where SDL gives no text, or none that counts.
-unsigned char ControlChar(int lVirtualKey, Uint16 usModifiers)
+unsigned char ControlChar(int nVirtualKey, Uint16 usModifiers)
 {
     const bool bControl = IsControl(usModifiers);
-    switch (lVirtualKey)
+    switch (nVirtualKey)
     {
     case VK_RETURN:
         return bControl ? 10 : 13;
@@ -190,12 +192,12 @@ unsigned char ControlChar(int lVirtualKey, Uint16 usModifiers)
     case VK_ESCAPE:
         return 27;
     }
-    if (bControl && lVirtualKey == VK_SPACE)
+    if (bControl && nVirtualKey == VK_SPACE)
         return 32;
-    if (bControl && lVirtualKey >= VK_OEM_4 && lVirtualKey <= VK_OEM_6)
-        return (unsigned char)(lVirtualKey - VK_OEM_4 + 27);
-    if (bControl && lVirtualKey >= 'A' && lVirtualKey <= 'Z')
-        return (unsigned char)(lVirtualKey - 'A' + 1);
+    if (bControl && nVirtualKey >= VK_OEM_4 && nVirtualKey <= VK_OEM_6)
+        return (unsigned char)(nVirtualKey - VK_OEM_4 + 27);
+    if (bControl && nVirtualKey >= 'A' && nVirtualKey <= 'Z')
+        return (unsigned char)(nVirtualKey - 'A' + 1);
     return 0;
 }
 bool TranslateKey(const SDL_KeyboardEvent &event, TKeyEvent *pKey)
@@ -209,26 +211,26 @@ bool TranslateKey(const SDL_KeyboardEvent &event, TKeyEvent *pKey)
         (eScan >= SDL_SCANCODE_F13 && eScan <= SDL_SCANCODE_F24))
     {
         const int i = eScan <= SDL_SCANCODE_F12 ? eScan - SDL_SCANCODE_F1 : eScan - SDL_SCANCODE_F13 + 12;
-        pKey->lVirtualKey = VK_F1 + i;
-        pKey->lScanCode = FUNCTION_SCAN_CODES[i];
+        pKey->nVirtualKey = VK_F1 + i;
+        pKey->nScanCode = s_aucFunctionScanCodes[i];
     }
     else if (const TKeyRow *pRow = FindRow(eScan))
     {
-        pKey->lVirtualKey = pRow->ucVirtualKey;
-        pKey->lScanCode = pRow->ucScanCode;
+        pKey->nVirtualKey = pRow->ucVirtualKey;
+        pKey->nScanCode = pRow->ucScanCode;
         pKey->bExtended = pRow->bExtended;
         const bool bPad = eScan >= SDL_SCANCODE_KP_DIVIDE && eScan <= SDL_SCANCODE_KP_PERIOD;
         if (bPad && !(event.keysym.mod & KMOD_NUM))
-            pKey->lVirtualKey = PadKey(pKey->lVirtualKey);
+            pKey->nVirtualKey = PadKey(pKey->nVirtualKey);
         else if (!bPad && !(event.keysym.sym & SDLK_SCANCODE_MASK))
-            pKey->lVirtualKey = LayoutKey(event.keysym.sym, pKey->lVirtualKey);
+            pKey->nVirtualKey = LayoutKey(event.keysym.sym, pKey->nVirtualKey);
     }
     else
         return false;
     if (!IsControl(event.keysym.mod))
         pKey->ucChar = ucText;
     if (pKey->bDown && !pKey->ucChar)
-        pKey->ucChar = ControlChar(pKey->lVirtualKey, event.keysym.mod);
+        pKey->ucChar = ControlChar(pKey->nVirtualKey, event.keysym.mod);
     return true;
 }
 
@@ -251,8 +253,8 @@ TKeyEvent AddedControl(bool bDown)
 {
     s_bControlAdded = bDown;
     TKeyEvent key = {};
-    key.lVirtualKey = VK_LCONTROL;
-    key.lScanCode = 0x1D;
+    key.nVirtualKey = VK_LCONTROL;
+    key.nScanCode = 0x1D;
     key.bDown = bDown;
     return key;
 }
@@ -263,19 +265,19 @@ int TranslateSdlKey(const SDL_KeyboardEvent &event, TKeyEvent *pKeys)
     TKeyEvent key;
     if (!TranslateKey(event, &key))
         return 0;
-    int lKeys = 0;
-    if (key.lVirtualKey == VK_RMENU)
+    int nKeys = 0;
+    if (key.nVirtualKey == VK_RMENU)
     {
         if (key.bDown ? s_bAltGr && !s_bControlAdded && !(event.keysym.mod & KMOD_LCTRL) : s_bControlAdded)
-            pKeys[lKeys++] = AddedControl(key.bDown);
+            pKeys[nKeys++] = AddedControl(key.bDown);
     }
     else if (key.bDown && !s_bControlAdded && IsThirdChar(event, key.ucChar))
     {
         s_bAltGr = true;
-        pKeys[lKeys++] = AddedControl(true);
+        pKeys[nKeys++] = AddedControl(true);
     }
-    pKeys[lKeys++] = key;
-    return lKeys;
+    pKeys[nKeys++] = key;
+    return nKeys;
 }
 
 void TypeSdlText(HWND hWnd, const char *pszUtf8)

@@ -13,21 +13,21 @@
 namespace
 {
 // An opener that finds nothing to open with ends soon; a good one may stay.
-const int OPENER_WAIT = 1000;
+const int s_nOpenerWait = 1000;
 
 HINSTANCE Answer(int lResult)
 {
     return (HINSTANCE)(intptr_t)lResult;
 }
 
-const int STARTED = 42; // anything above 32
+const int s_nStarted = 42; // anything above 32
 
-int ShellError(int lErrno)
+int ShellError(int nErrno)
 {
-    switch (lErrno)
+    switch (nErrno)
     {
     case 0:
-        return STARTED;
+        return s_nStarted;
     case ENOENT:
         return SE_ERR_FNF;
     case ENOTDIR:
@@ -63,13 +63,13 @@ int OpenDocument(const char *pszWhat, const char *pszFolder)
     if (!FindOnPath("xdg-open", szOpener))
         return SE_ERR_NOASSOC;
     char *apszArguments[] = { szOpener, (char *)pszWhat, nullptr };
-    int lExit;
-    const int lErrno = StartProgram(apszArguments, pszFolder, OPENER_WAIT, &lExit);
-    if (lErrno)
-        return ShellError(lErrno);
-    if (lExit == 2)
+    int nExit;
+    const int nErrno = StartProgram(apszArguments, pszFolder, s_nOpenerWait, &nExit);
+    if (nErrno)
+        return ShellError(nErrno);
+    if (nExit == 2)
         return SE_ERR_FNF;
-    return lExit > 0 ? (int)SE_ERR_NOASSOC : STARTED;
+    return nExit > 0 ? (int)SE_ERR_NOASSOC : s_nStarted;
 }
 
 int StartWith(const char *pszProgram, const char *pszArguments, const char *pszFolder)
@@ -77,9 +77,9 @@ int StartWith(const char *pszProgram, const char *pszArguments, const char *pszF
     char **ppszArguments = SplitArguments(pszArguments ? pszArguments : "", pszProgram);
     if (!ppszArguments)
         return SE_ERR_OOM;
-    const int lErrno = StartProgram(ppszArguments, pszFolder, 0, nullptr);
+    const int nErrno = StartProgram(ppszArguments, pszFolder, 0, nullptr);
     free(ppszArguments);
-    return ShellError(lErrno);
+    return ShellError(nErrno);
 }
 
 /// The file that is meant: as a path, in the given folder, or a program on PATH.
@@ -154,9 +154,9 @@ HINSTANCE ShellExecuteA(HWND, LPCSTR pszVerb, LPCSTR pszFile, LPCSTR pszArgument
             return Answer(SE_ERR_PNF);
         pszStartIn = szFolder;
     }
-    const int lMissing = LocateFile(pszFile, pszStartIn, szFile);
-    if (lMissing)
-        return Answer(IsUrl(pszFile) ? OpenDocument(pszFile, pszStartIn) : lMissing);
+    const int nMissing = LocateFile(pszFile, pszStartIn, szFile);
+    if (nMissing)
+        return Answer(IsUrl(pszFile) ? OpenDocument(pszFile, pszStartIn) : nMissing);
     if (!MakeAbsolute(szFile))
         return Answer(ShellError(errno));
     if (IsExecutable(szFile))
@@ -170,9 +170,9 @@ HINSTANCE FindExecutableA(LPCSTR pszFile, LPCSTR pszDirectory, LPSTR pszResult)
     if (!pszFile || !pszFile[0] || !pszResult)
         return Answer(SE_ERR_FNF);
     pszResult[0] = 0;
-    const int lMissing = LocateFile(pszFile, pszDirectory, szFile);
-    if (lMissing)
-        return Answer(lMissing);
+    const int nMissing = LocateFile(pszFile, pszDirectory, szFile);
+    if (nMissing)
+        return Answer(nMissing);
     if (!MakeAbsolute(szFile))
         return Answer(ShellError(errno));
     if (!IsExecutable(szFile) && !FindOnPath("xdg-open", szFile))
@@ -180,5 +180,5 @@ HINSTANCE FindExecutableA(LPCSTR pszFile, LPCSTR pszDirectory, LPSTR pszResult)
     if (strlen(szFile) >= MAX_PATH)
         return Answer(SE_ERR_PNF);
     strcpy(pszResult, szFile);
-    return Answer(STARTED);
+    return Answer(s_nStarted);
 }

@@ -15,7 +15,7 @@
 namespace
 {
 // Keeps arguments as they were given; the command line has them in another form.
-const char ARGUMENTS_KEY[] = "X-Tarvix-Arguments";
+const char s_szArgumentsKey[] = "X-Tarvix-Arguments";
 
 /// Values escape what would end or change a line.
 void AddValue(CText &file, const char *pszKey, const char *pszValue)
@@ -158,9 +158,9 @@ bool LinkPath(LPCOLESTR pszWide, char *pszPath)
     return !name.Failed() && ResolvePath(name.Text(), pszPath);
 }
 
-HRESULT StorageError(int lErrno)
+HRESULT StorageError(int nErrno)
 {
-    switch (lErrno)
+    switch (nErrno)
     {
     case ENOENT:
         return STG_E_FILENOTFOUND;
@@ -181,11 +181,11 @@ HRESULT StorageError(int lErrno)
     }
 }
 
-HRESULT GiveText(const CText &text, LPSTR pszBuffer, int lSize)
+HRESULT GiveText(const CText &text, LPSTR pszBuffer, int nSize)
 {
-    if (!pszBuffer || lSize <= 0)
+    if (!pszBuffer || nSize <= 0)
         return E_INVALIDARG;
-    const size_t ulLength = text.Length() < (size_t)lSize - 1 ? text.Length() : (size_t)lSize - 1;
+    const size_t ulLength = text.Length() < (size_t)nSize - 1 ? text.Length() : (size_t)nSize - 1;
     memcpy(pszBuffer, text.Text(), ulLength);
     pszBuffer[ulLength] = 0;
     return S_OK;
@@ -203,17 +203,17 @@ public:
     ULONG AddRef() override { return ++m_ulReferences; }
     ULONG Release() override;
 
-    HRESULT GetPath(LPSTR pszPath, int lSize, WIN32_FIND_DATAA *pData, DWORD ulFlags) override;
-    HRESULT GetDescription(LPSTR pszText, int lSize) override { return GiveText(m_Description, pszText, lSize); }
+    HRESULT GetPath(LPSTR pszPath, int nSize, WIN32_FIND_DATAA *pData, DWORD ulFlags) override;
+    HRESULT GetDescription(LPSTR pszText, int nSize) override { return GiveText(m_Description, pszText, nSize); }
     HRESULT SetDescription(LPCSTR pszText) override { return Change(m_Description, pszText); }
-    HRESULT GetWorkingDirectory(LPSTR pszPath, int lSize) override { return GiveText(m_Folder, pszPath, lSize); }
+    HRESULT GetWorkingDirectory(LPSTR pszPath, int nSize) override { return GiveText(m_Folder, pszPath, nSize); }
     HRESULT SetWorkingDirectory(LPCSTR pszPath) override { return Change(m_Folder, pszPath); }
-    HRESULT GetArguments(LPSTR pszText, int lSize) override { return GiveText(m_Arguments, pszText, lSize); }
+    HRESULT GetArguments(LPSTR pszText, int nSize) override { return GiveText(m_Arguments, pszText, nSize); }
     HRESULT SetArguments(LPCSTR pszText) override { return Change(m_Arguments, pszText); }
-    HRESULT GetShowCmd(int *plShow) override;
-    HRESULT SetShowCmd(int lShow) override;
-    HRESULT GetIconLocation(LPSTR pszPath, int lSize, int *plIcon) override;
-    HRESULT SetIconLocation(LPCSTR pszPath, int lIcon) override;
+    HRESULT GetShowCmd(int *pnShow) override;
+    HRESULT SetShowCmd(int nShow) override;
+    HRESULT GetIconLocation(LPSTR pszPath, int nSize, int *pnIcon) override;
+    HRESULT SetIconLocation(LPCSTR pszPath, int nIcon) override;
     HRESULT Resolve(HWND hWnd, DWORD ulFlags) override;
     HRESULT SetPath(LPCSTR pszPath) override { return Change(m_Path, pszPath); }
 
@@ -274,7 +274,7 @@ ULONG CShellLink::Release()
     return ulLeft;
 }
 
-HRESULT CShellLink::GetPath(LPSTR pszPath, int lSize, WIN32_FIND_DATAA *pData, DWORD)
+HRESULT CShellLink::GetPath(LPSTR pszPath, int nSize, WIN32_FIND_DATAA *pData, DWORD)
 {
     if (pData)
     {
@@ -283,37 +283,37 @@ HRESULT CShellLink::GetPath(LPSTR pszPath, int lSize, WIN32_FIND_DATAA *pData, D
         if (hFind != INVALID_HANDLE_VALUE)
             FindClose(hFind);
     }
-    const HRESULT hr = GiveText(m_Path, pszPath, lSize);
+    const HRESULT hr = GiveText(m_Path, pszPath, nSize);
     return hr == S_OK && !m_Path.Length() ? S_FALSE : hr;
 }
 
-HRESULT CShellLink::GetShowCmd(int *plShow)
+HRESULT CShellLink::GetShowCmd(int *pnShow)
 {
-    if (!plShow)
+    if (!pnShow)
         return E_POINTER;
-    *plShow = m_lShow;
+    *pnShow = m_lShow;
     return S_OK;
 }
 
-HRESULT CShellLink::SetShowCmd(int lShow)
+HRESULT CShellLink::SetShowCmd(int nShow)
 {
-    if (lShow != SW_SHOWNORMAL && lShow != SW_SHOWMAXIMIZED && lShow != SW_SHOWMINNOACTIVE)
+    if (nShow != SW_SHOWNORMAL && nShow != SW_SHOWMAXIMIZED && nShow != SW_SHOWMINNOACTIVE)
         return E_INVALIDARG;
-    m_lShow = lShow;
+    m_lShow = nShow;
     m_bDirty = true;
     return S_OK;
 }
 
-HRESULT CShellLink::GetIconLocation(LPSTR pszPath, int lSize, int *plIcon)
+HRESULT CShellLink::GetIconLocation(LPSTR pszPath, int nSize, int *pnIcon)
 {
-    if (plIcon)
-        *plIcon = m_lIcon;
-    return GiveText(m_Icon, pszPath, lSize);
+    if (pnIcon)
+        *pnIcon = m_lIcon;
+    return GiveText(m_Icon, pszPath, nSize);
 }
 
-HRESULT CShellLink::SetIconLocation(LPCSTR pszPath, int lIcon)
+HRESULT CShellLink::SetIconLocation(LPCSTR pszPath, int nIcon)
 {
-    m_lIcon = lIcon;
+    m_lIcon = nIcon;
     return Change(m_Icon, pszPath);
 }
 
@@ -367,11 +367,11 @@ HRESULT CShellLink::Load(LPCOLESTR pszPath, DWORD)
     m_lIcon = 0;
     char *pszLine = nullptr;
     size_t ulRoom = 0;
-    ssize_t lLength;
-    while ((lLength = getline(&pszLine, &ulRoom, pFile)) >= 0)
+    ssize_t nLength;
+    while ((nLength = getline(&pszLine, &ulRoom, pFile)) >= 0)
     {
-        while (lLength && (pszLine[lLength - 1] == '\n' || pszLine[lLength - 1] == '\r'))
-            pszLine[--lLength] = 0;
+        while (nLength && (pszLine[nLength - 1] == '\n' || pszLine[nLength - 1] == '\r'))
+            pszLine[--nLength] = 0;
         if (pszLine[0] == '[')
         {
             bGroup = strcmp(pszLine, "[Desktop Entry]") == 0;
@@ -392,7 +392,7 @@ HRESULT CShellLink::Load(LPCOLESTR pszPath, DWORD)
             pText = &command;
             bCommand = true;
         }
-        else if (strcmp(pszLine, ARGUMENTS_KEY) == 0)
+        else if (strcmp(pszLine, s_szArgumentsKey) == 0)
         {
             pText = &arguments;
             bArguments = true;
@@ -450,7 +450,7 @@ bool CShellLink::Write(const char *pszFile, CText &file)
     if (m_Icon.Length())
         AddValue(file, "Icon", m_Icon.Text());
     if (m_Arguments.Length())
-        AddValue(file, ARGUMENTS_KEY, m_Arguments.Text());
+        AddValue(file, s_szArgumentsKey, m_Arguments.Text());
     return !file.Failed();
 }
 

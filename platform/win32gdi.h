@@ -116,8 +116,8 @@ TARVIX_INTERNAL HDC CreateCompatibleDC(HDC hDC);
 TARVIX_INTERNAL BOOL DeleteDC(HDC hDC);
 TARVIX_INTERNAL HGDIOBJ SelectObject(HDC hDC, HGDIOBJ hObject);
 TARVIX_INTERNAL BOOL DeleteObject(HGDIOBJ hObject);
-TARVIX_INTERNAL HGDIOBJ GetStockObject(int lObject);
-TARVIX_INTERNAL int GetDeviceCaps(HDC hDC, int lIndex);
+TARVIX_INTERNAL HGDIOBJ GetStockObject(int nObject);
+TARVIX_INTERNAL int GetDeviceCaps(HDC hDC, int nIndex);
 TARVIX_INTERNAL BOOL GdiFlush();
 
 /// 8 bits with a colour table, 16 bits as 5-5-5, 24 bits with blue first.
@@ -127,8 +127,8 @@ TARVIX_INTERNAL UINT SetDIBColorTable(HDC hDC, UINT ulStart, UINT ulCount, const
 TARVIX_INTERNAL UINT GetDIBColorTable(HDC hDC, UINT ulStart, UINT ulCount, RGBQUAD *pColors);
 
 /// SRCCOPY is the one operation that there is; others give FALSE.
-TARVIX_INTERNAL BOOL BitBlt(HDC hTarget, int lX, int lY, int lWidth, int lHeight, HDC hSource, int lSourceX,
-                            int lSourceY, DWORD ulOperation);
+TARVIX_INTERNAL BOOL BitBlt(HDC hTarget, int nX, int nY, int nWidth, int nHeight, HDC hSource, int nSourceX,
+                            int nSourceY, DWORD ulOperation);
 
 TARVIX_INTERNAL HPALETTE CreatePalette(const LOGPALETTE *pPalette);
 TARVIX_INTERNAL HPALETTE SelectPalette(HDC hDC, HPALETTE hPalette, BOOL bBackground);

@@ -146,17 +146,17 @@ protected:
 class IShellLinkA : public IUnknown
 {
 public:
-    virtual HRESULT STDMETHODCALLTYPE GetPath(LPSTR pszPath, int lSize, WIN32_FIND_DATAA *pData, DWORD ulFlags) = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetDescription(LPSTR pszText, int lSize) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetPath(LPSTR pszPath, int nSize, WIN32_FIND_DATAA *pData, DWORD ulFlags) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetDescription(LPSTR pszText, int nSize) = 0;
     virtual HRESULT STDMETHODCALLTYPE SetDescription(LPCSTR pszText) = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetWorkingDirectory(LPSTR pszPath, int lSize) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetWorkingDirectory(LPSTR pszPath, int nSize) = 0;
     virtual HRESULT STDMETHODCALLTYPE SetWorkingDirectory(LPCSTR pszPath) = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetArguments(LPSTR pszText, int lSize) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetArguments(LPSTR pszText, int nSize) = 0;
     virtual HRESULT STDMETHODCALLTYPE SetArguments(LPCSTR pszText) = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetShowCmd(int *plShow) = 0;
-    virtual HRESULT STDMETHODCALLTYPE SetShowCmd(int lShow) = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetIconLocation(LPSTR pszPath, int lSize, int *plIcon) = 0;
-    virtual HRESULT STDMETHODCALLTYPE SetIconLocation(LPCSTR pszPath, int lIcon) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetShowCmd(int *pnShow) = 0;
+    virtual HRESULT STDMETHODCALLTYPE SetShowCmd(int nShow) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetIconLocation(LPSTR pszPath, int nSize, int *pnIcon) = 0;
+    virtual HRESULT STDMETHODCALLTYPE SetIconLocation(LPCSTR pszPath, int nIcon) = 0;
     virtual HRESULT STDMETHODCALLTYPE Resolve(HWND hWnd, DWORD ulFlags) = 0;
     virtual HRESULT STDMETHODCALLTYPE SetPath(LPCSTR pszPath) = 0;
 
@@ -184,7 +184,7 @@ inline constexpr GUID IID_IShellLinkA = { 0x000214EE, 0, 0, { 0xC0, 0, 0, 0, 0, 
 inline constexpr GUID CLSID_ShellLink = { 0x00021401, 0, 0, { 0xC0, 0, 0, 0, 0, 0, 0, 0x46 } };
 
 TARVIX_INTERNAL HINSTANCE ShellExecuteA(HWND hWnd, LPCSTR pszVerb, LPCSTR pszFile, LPCSTR pszArguments,
-                                        LPCSTR pszDirectory, int lShow);
+                                        LPCSTR pszDirectory, int nShow);
 /// What opens a document is the desktop's own opener, xdg-open.
 TARVIX_INTERNAL HINSTANCE FindExecutableA(LPCSTR pszFile, LPCSTR pszDirectory, LPSTR pszResult);
 TARVIX_INTERNAL DWORD GetCurrentProcessId();
@@ -207,8 +207,8 @@ TARVIX_INTERNAL RPC_STATUS RpcStringFreeA(RPC_CSTR *ppszText);
 
 /// Texts of the system are UTF-8 here, also with CP_ACP. A byte that isn't
 /// becomes a lone surrogate, so that a file name survives both ways.
-TARVIX_INTERNAL int MultiByteToWideChar(UINT ulCodePage, DWORD ulFlags, LPCSTR pszText, int lLength, LPWSTR pszWide,
-                                        int lWideSize);
+TARVIX_INTERNAL int MultiByteToWideChar(UINT ulCodePage, DWORD ulFlags, LPCSTR pszText, int nLength, LPWSTR pszWide,
+                                        int nWideSize);
 
 TARVIX_INTERNAL int WSAStartup(WORD usVersion, WSADATA *pData);
 TARVIX_INTERNAL int WSACleanup();

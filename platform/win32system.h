@@ -221,7 +221,7 @@ TARVIX_INTERNAL HANDLE CreateFileA(LPCSTR pszPath, DWORD ulAccess, DWORD ulShare
 TARVIX_INTERNAL BOOL GetFileTime(HANDLE hFile, FILETIME *pCreated, FILETIME *pAccessed, FILETIME *pWritten);
 TARVIX_INTERNAL BOOL CloseHandle(HANDLE hObject);
 TARVIX_INTERNAL void _splitpath(const char *pszPath, char *pszDrive, char *pszDir, char *pszName, char *pszExt);
-TARVIX_INTERNAL int _chmod(const char *pszPath, int lMode);
+TARVIX_INTERNAL int _chmod(const char *pszPath, int nMode);
 
 /// fopen, remove and rename with the rules above; the cause of a failure is in
 /// errno, as with the runtime's own.

@@ -400,28 +400,28 @@ enum
 // Classes and windows. One process has a few top-level windows and no children.
 TARVIX_INTERNAL ATOM RegisterClassA(const WNDCLASSA *pClass);
 TARVIX_INTERNAL BOOL UnregisterClassA(LPCSTR pszClass, HINSTANCE hInstance);
-TARVIX_INTERNAL HWND CreateWindowExA(DWORD ulExStyle, LPCSTR pszClass, LPCSTR pszTitle, DWORD ulStyle, int lX, int lY,
-                                     int lWidth, int lHeight, HWND hParent, HMENU hMenu, HINSTANCE hInstance,
+TARVIX_INTERNAL HWND CreateWindowExA(DWORD ulExStyle, LPCSTR pszClass, LPCSTR pszTitle, DWORD ulStyle, int nX, int nY,
+                                     int nWidth, int nHeight, HWND hParent, HMENU hMenu, HINSTANCE hInstance,
                                      LPVOID pParam);
 TARVIX_INTERNAL BOOL DestroyWindow(HWND hWnd);
 TARVIX_INTERNAL BOOL IsWindow(HWND hWnd);
 TARVIX_INTERNAL BOOL IsWindowVisible(HWND hWnd);
 TARVIX_INTERNAL BOOL IsIconic(HWND hWnd);
 TARVIX_INTERNAL BOOL IsZoomed(HWND hWnd);
-TARVIX_INTERNAL BOOL ShowWindow(HWND hWnd, int lShow);
-TARVIX_INTERNAL BOOL SetWindowPos(HWND hWnd, HWND hInsertAfter, int lX, int lY, int lWidth, int lHeight, UINT ulFlags);
+TARVIX_INTERNAL BOOL ShowWindow(HWND hWnd, int nShow);
+TARVIX_INTERNAL BOOL SetWindowPos(HWND hWnd, HWND hInsertAfter, int nX, int nY, int nWidth, int nHeight, UINT ulFlags);
 TARVIX_INTERNAL BOOL GetClientRect(HWND hWnd, RECT *prcClient);
 TARVIX_INTERNAL BOOL GetWindowRect(HWND hWnd, RECT *prcWindow);
 TARVIX_INTERNAL BOOL ClientToScreen(HWND hWnd, POINT *pPoint);
 TARVIX_INTERNAL BOOL ScreenToClient(HWND hWnd, POINT *pPoint);
-TARVIX_INTERNAL LONG GetWindowLongA(HWND hWnd, int lIndex);
-TARVIX_INTERNAL LONG SetWindowLongA(HWND hWnd, int lIndex, LONG lValue);
+TARVIX_INTERNAL LONG GetWindowLongA(HWND hWnd, int nIndex);
+TARVIX_INTERNAL LONG SetWindowLongA(HWND hWnd, int nIndex, LONG lValue);
 TARVIX_INTERNAL BOOL SetWindowTextA(HWND hWnd, LPCSTR pszTitle);
 TARVIX_INTERNAL HWND FindWindowA(LPCSTR pszClass, LPCSTR pszTitle);
 TARVIX_INTERNAL BOOL SetForegroundWindow(HWND hWnd);
 TARVIX_INTERNAL HWND SetFocus(HWND hWnd);
 TARVIX_INTERNAL HWND GetFocus();
-TARVIX_INTERNAL int GetSystemMetrics(int lIndex);
+TARVIX_INTERNAL int GetSystemMetrics(int nIndex);
 TARVIX_INTERNAL int MessageBoxA(HWND hOwner, LPCSTR pszText, LPCSTR pszCaption, UINT ulType);
 
 // Painting.
@@ -440,21 +440,21 @@ TARVIX_INTERNAL LRESULT DispatchMessageA(const MSG *pMsg);
 TARVIX_INTERNAL BOOL PostMessageA(HWND hWnd, UINT ulMsg, WPARAM wParam, LPARAM lParam);
 TARVIX_INTERNAL LRESULT SendMessageA(HWND hWnd, UINT ulMsg, WPARAM wParam, LPARAM lParam);
 TARVIX_INTERNAL LRESULT DefWindowProcA(HWND hWnd, UINT ulMsg, WPARAM wParam, LPARAM lParam);
-TARVIX_INTERNAL void PostQuitMessage(int lExitCode);
+TARVIX_INTERNAL void PostQuitMessage(int nExitCode);
 
 // The pointer.
 TARVIX_INTERNAL HCURSOR LoadCursorA(HINSTANCE hInstance, LPCSTR pszName);
 TARVIX_INTERNAL HCURSOR SetCursor(HCURSOR hCursor);
 TARVIX_INTERNAL int ShowCursor(BOOL bShow);
 TARVIX_INTERNAL BOOL GetCursorPos(POINT *pPoint);
-TARVIX_INTERNAL BOOL SetCursorPos(int lX, int lY);
+TARVIX_INTERNAL BOOL SetCursorPos(int nX, int nY);
 
 // The keyboard. States are those of the messages that were taken so far.
 /// Hooks are WH_KEYBOARD alone, of the calling thread.
-TARVIX_INTERNAL HHOOK SetWindowsHookExA(int lKind, HOOKPROC pfnProc, HINSTANCE hInstance, DWORD ulThread);
+TARVIX_INTERNAL HHOOK SetWindowsHookExA(int nKind, HOOKPROC pfnProc, HINSTANCE hInstance, DWORD ulThread);
 TARVIX_INTERNAL BOOL UnhookWindowsHookEx(HHOOK hHook);
-TARVIX_INTERNAL LRESULT CallNextHookEx(HHOOK hHook, int lCode, WPARAM wParam, LPARAM lParam);
-TARVIX_INTERNAL SHORT GetKeyState(int lVirtualKey);
+TARVIX_INTERNAL LRESULT CallNextHookEx(HHOOK hHook, int nCode, WPARAM wParam, LPARAM lParam);
+TARVIX_INTERNAL SHORT GetKeyState(int nVirtualKey);
 /// @param pucState  256 bytes
 TARVIX_INTERNAL BOOL GetKeyboardState(BYTE *pucState);
 /// Knows what each key typed when it was pressed last, in code page 1252.

@@ -7,8 +7,10 @@ namespace
 {
 // Both kinds of frame are equally thick: callers mix their metrics when they
 // turn a pointer position into one of the client area.
-const int FRAME = 4;
-const int CAPTION = 23;
+const int s_nFrame = 4;
+const int s_nCaption = 23;
+
+const UINT s_ulNothingChanged = SWP_NOSIZE | SWP_NOMOVE | SWP_NOCLIENTSIZE | SWP_NOCLIENTMOVE;
 
 HWND s_hFirst = nullptr; // topmost first
 
@@ -90,7 +92,7 @@ void SendPosChanging(HWND hWnd, UINT ulFlags)
     SendMessageA(hWnd, WM_WINDOWPOSCHANGING, 0, (LPARAM)&pos);
 }
 
-/// Takes new rectangles over and says what of them is new, as SWP flags.
+/// Takes new rectangles over and says what stayed, as s_ulNothingChanged.
 UINT TakeRects(HWND hWnd, const RECT &rcWindow, const RECT &rcClient)
 {
     UINT ulFlags = 0;
@@ -106,7 +108,7 @@ UINT TakeRects(HWND hWnd, const RECT &rcWindow, const RECT &rcClient)
     hWnd->rcClient = rcClient;
     if (!(ulFlags & SWP_NOCLIENTSIZE))
     {
-        hWnd->lDirty = 0;
+        hWnd->nDirty = 0;
         hWnd->rcInvalid = {};
         InvalidateRect(hWnd, nullptr, TRUE);
     }
@@ -125,18 +127,74 @@ EShowState StateOf(HWND hWnd)
 /// Where a maximised window lies: its side and bottom frames are off the desktop.
 RECT MaximizedRect(DWORD ulStyle)
 {
-    int lWidth, lHeight, lDepth;
-    Backend()->GetDesktop(&lWidth, &lHeight, &lDepth);
+    int nWidth, nHeight, nDepth;
+    Backend()->GetDesktop(&nWidth, &nHeight, &nDepth);
     RECT rcFrame;
     GetFrame(ulStyle, &rcFrame);
-    return { -rcFrame.left, -rcFrame.right, lWidth + rcFrame.right, lHeight + rcFrame.bottom };
+    return { -rcFrame.left, -rcFrame.right, nWidth + rcFrame.right, nHeight + rcFrame.bottom };
+}
+
+/// Place and size of a SetWindowPos. Returns what stayed, as s_ulNothingChanged.
+UINT TakePlace(HWND hWnd, const WINDOWPOS &pos)
+{
+    RECT rcWindow = hWnd->rcWindow;
+    if (!(pos.flags & SWP_NOMOVE))
+        rcWindow = { pos.x, pos.y, pos.x + WidthOf(rcWindow), pos.y + HeightOf(rcWindow) };
+    if (!(pos.flags & SWP_NOSIZE))
+    {
+        rcWindow.right = rcWindow.left + (pos.cx > 0 ? pos.cx : 0);
+        rcWindow.bottom = rcWindow.top + (pos.cy > 0 ? pos.cy : 0);
+    }
+    // A new style counts from the next change of size on, unless the caller asks for it.
+    if ((pos.flags & SWP_FRAMECHANGED) || !SameSize(rcWindow, hWnd->rcWindow))
+        return TakeRects(hWnd, rcWindow, ClientOf(rcWindow, hWnd->ulStyle));
+    const int nMoveX = rcWindow.left - hWnd->rcWindow.left, nMoveY = rcWindow.top - hWnd->rcWindow.top;
+    const RECT rc = hWnd->rcClient;
+    return TakeRects(hWnd, rcWindow, { rc.left + nMoveX, rc.top + nMoveY, rc.right + nMoveX, rc.bottom + nMoveY });
+}
+
+/// Place of a SetWindowPos in the order of windows.
+/// @param bPlace  the backend has not been told of the window yet
+/// @return true when it is a new one
+bool TakeOrder(HWND hWnd, HWND hInsertAfter, bool bPlace)
+{
+    const bool bTopmost = hWnd->bTopmost;
+    const HWND hFirst = s_hFirst;
+    if (hInsertAfter == HWND_TOPMOST)
+        hWnd->bTopmost = true;
+    else if (hInsertAfter == HWND_NOTOPMOST || hInsertAfter == HWND_BOTTOM)
+        hWnd->bTopmost = false;
+    if (hInsertAfter == HWND_BOTTOM)
+    {
+        Unlink(hWnd);
+        LinkLast(hWnd);
+    }
+    else if (hInsertAfter == HWND_TOP || bTopmost != hWnd->bTopmost)
+        ToTop(hWnd);
+    if (bTopmost != hWnd->bTopmost && bPlace)
+        Backend()->PlaceWindow(hWnd);
+    return bTopmost != hWnd->bTopmost || s_hFirst != hFirst;
+}
+
+void TakeVisible(HWND hWnd, bool bShow)
+{
+    if (bShow)
+    {
+        hWnd->ulStyle |= WS_VISIBLE;
+        Backend()->ShowWindow(hWnd, StateOf(hWnd));
+        InvalidateRect(hWnd, nullptr, TRUE);
+        return;
+    }
+    hWnd->ulStyle &= ~WS_VISIBLE;
+    hWnd->nDirty = 0;
+    Backend()->ShowWindow(hWnd, SHOW_HIDDEN);
 }
 
 void FreeWindow(HWND hWnd)
 {
     Unlink(hWnd);
     FreeDCs(hWnd);
-    --hWnd->pClass->lWindows;
+    --hWnd->pClass->nWindows;
     free(hWnd->pszTitle);
     free(hWnd);
 }
@@ -202,13 +260,13 @@ HWND CheckWindow(HWND hWnd)
 
 void GetFrame(DWORD ulStyle, RECT *prcFrame)
 {
-    int lSide = 0;
+    int nSide = 0;
     if (ulStyle & (WS_THICKFRAME | WS_DLGFRAME))
-        lSide = FRAME;
+        nSide = s_nFrame;
     else if (ulStyle & WS_BORDER)
-        lSide = 1;
+        nSide = 1;
     const bool bCaption = (ulStyle & WS_CAPTION) == WS_CAPTION;
-    *prcFrame = { lSide, lSide + (bCaption ? CAPTION : 0), lSide, lSide };
+    *prcFrame = { nSide, nSide + (bCaption ? s_nCaption : 0), nSide, nSide };
 }
 
 void ToTop(HWND hWnd)
@@ -225,8 +283,8 @@ void AcceptPlace(HWND hWnd, const RECT &rcClient)
     SendPosChanged(hWnd, ulFlags | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-HWND CreateWindowExA(DWORD ulExStyle, LPCSTR pszClass, LPCSTR pszTitle, DWORD ulStyle, int lX, int lY, int lWidth,
-                     int lHeight, HWND hParent, HMENU hMenu, HINSTANCE hInstance, LPVOID pParam)
+HWND CreateWindowExA(DWORD ulExStyle, LPCSTR pszClass, LPCSTR pszTitle, DWORD ulStyle, int nX, int nY, int nWidth,
+                     int nHeight, HWND hParent, HMENU hMenu, HINSTANCE hInstance, LPVOID pParam)
 {
     TWindowClass *pClass = pszClass ? FindClass(pszClass, hInstance) : nullptr;
     if (!pClass)
@@ -255,17 +313,17 @@ HWND CreateWindowExA(DWORD ulExStyle, LPCSTR pszClass, LPCSTR pszTitle, DWORD ul
         return nullptr;
     }
 
-    int lDesktopWidth, lDesktopHeight, lDepth;
-    Backend()->GetDesktop(&lDesktopWidth, &lDesktopHeight, &lDepth);
-    if (lWidth == CW_USEDEFAULT)
+    int nDesktopWidth, nDesktopHeight, nDepth;
+    Backend()->GetDesktop(&nDesktopWidth, &nDesktopHeight, &nDepth);
+    if (nWidth == CW_USEDEFAULT)
     {
-        lWidth = lDesktopWidth * 3 / 4;
-        lHeight = lDesktopHeight * 3 / 4;
+        nWidth = nDesktopWidth * 3 / 4;
+        nHeight = nDesktopHeight * 3 / 4;
     }
-    if (lX == CW_USEDEFAULT)
+    if (nX == CW_USEDEFAULT)
     {
-        lX = (lDesktopWidth - lWidth) / 2;
-        lY = (lDesktopHeight - lHeight) / 2;
+        nX = (nDesktopWidth - nWidth) / 2;
+        nY = (nDesktopHeight - nHeight) / 2;
     }
     if (!(ulStyle & WS_POPUP))
         ulStyle |= WS_CAPTION;
@@ -274,10 +332,10 @@ HWND CreateWindowExA(DWORD ulExStyle, LPCSTR pszClass, LPCSTR pszTitle, DWORD ul
     hWnd->pszTitle = pszCopy;
     hWnd->ulStyle = (ulStyle | WS_CLIPSIBLINGS) & ~(WS_VISIBLE | WS_MINIMIZE | WS_MAXIMIZE);
     hWnd->ulExStyle = ulExStyle;
-    hWnd->rcWindow = { lX, lY, lX + (lWidth > 0 ? lWidth : 0), lY + (lHeight > 0 ? lHeight : 0) };
+    hWnd->rcWindow = { nX, nY, nX + (nWidth > 0 ? nWidth : 0), nY + (nHeight > 0 ? nHeight : 0) };
     hWnd->rcClient = ClientOf(hWnd->rcWindow, hWnd->ulStyle);
     hWnd->rcNormal = hWnd->rcWindow;
-    ++pClass->lWindows;
+    ++pClass->nWindows;
     LinkBelowTopmost(hWnd);
     if (((pClass->wc.style & CS_OWNDC) && !OpenOwnDC(hWnd)) || !Backend()->OpenWindow(hWnd))
     {
@@ -286,8 +344,8 @@ HWND CreateWindowExA(DWORD ulExStyle, LPCSTR pszClass, LPCSTR pszTitle, DWORD ul
         return nullptr;
     }
 
-    CREATESTRUCTA create = { pParam, hInstance, nullptr,       nullptr,  lHeight,  lWidth,
-                             lY,     lX,        (LONG)ulStyle, pszTitle, pszClass, ulExStyle };
+    CREATESTRUCTA create = { pParam, hInstance, nullptr,       nullptr,  nHeight,  nWidth,
+                             nY,     nX,        (LONG)ulStyle, pszTitle, pszClass, ulExStyle };
     if (!SendMessageA(hWnd, WM_NCCREATE, 0, (LPARAM)&create) ||
         SendMessageA(hWnd, WM_CREATE, 0, (LPARAM)&create) == -1 || !IsWindow(hWnd))
     {
@@ -336,12 +394,12 @@ BOOL IsZoomed(HWND hWnd)
     return CheckWindow(hWnd) && (hWnd->ulStyle & WS_MAXIMIZE);
 }
 
-BOOL ShowWindow(HWND hWnd, int lShow)
+BOOL ShowWindow(HWND hWnd, int nShow)
 {
     if (!CheckWindow(hWnd))
         return FALSE;
     const bool bWasVisible = hWnd->ulStyle & WS_VISIBLE;
-    if (lShow == SW_HIDE)
+    if (nShow == SW_HIDE)
     {
         if (!bWasVisible)
             return FALSE;
@@ -356,7 +414,7 @@ BOOL ShowWindow(HWND hWnd, int lShow)
     const DWORD ulState = hWnd->ulStyle & (WS_MINIMIZE | WS_MAXIMIZE);
     DWORD ulNewState = ulState;
     bool bActivate = true;
-    switch (lShow)
+    switch (nShow)
     {
     case SW_SHOWMINIMIZED:
         ulNewState = WS_MINIMIZE;
@@ -429,14 +487,14 @@ BOOL ShowWindow(HWND hWnd, int lShow)
     return bWasVisible;
 }
 
-BOOL SetWindowPos(HWND hWnd, HWND hInsertAfter, int lX, int lY, int lWidth, int lHeight, UINT ulFlags)
+BOOL SetWindowPos(HWND hWnd, HWND hInsertAfter, int nX, int nY, int nWidth, int nHeight, UINT ulFlags)
 {
     if (!CheckWindow(hWnd))
         return FALSE;
     if (hInsertAfter != HWND_TOP && hInsertAfter != HWND_BOTTOM && hInsertAfter != HWND_TOPMOST &&
         hInsertAfter != HWND_NOTOPMOST && !(ulFlags & SWP_NOZORDER) && !CheckWindow(hInsertAfter))
         return FALSE;
-    WINDOWPOS pos = { hWnd, hInsertAfter, lX, lY, lWidth, lHeight, ulFlags };
+    WINDOWPOS pos = { hWnd, hInsertAfter, nX, nY, nWidth, nHeight, ulFlags };
     if (!(ulFlags & SWP_NOSENDCHANGING))
     {
         SendMessageA(hWnd, WM_WINDOWPOSCHANGING, 0, (LPARAM)&pos);
@@ -448,70 +506,25 @@ BOOL SetWindowPos(HWND hWnd, HWND hInsertAfter, int lX, int lY, int lWidth, int 
     const bool bShow = (ulFlags & SWP_SHOWWINDOW) && !bVisible;
     const bool bHide = (ulFlags & SWP_HIDEWINDOW) && bVisible && !bShow;
 
-    RECT rcWindow = hWnd->rcWindow;
-    if (!(ulFlags & SWP_NOMOVE))
-        rcWindow = { pos.x, pos.y, pos.x + WidthOf(rcWindow), pos.y + HeightOf(rcWindow) };
-    if (!(ulFlags & SWP_NOSIZE))
-    {
-        rcWindow.right = rcWindow.left + (pos.cx > 0 ? pos.cx : 0);
-        rcWindow.bottom = rcWindow.top + (pos.cy > 0 ? pos.cy : 0);
-    }
-    RECT rcClient;
-    // A new style counts from the next change of size on, unless the caller asks for it.
-    if ((ulFlags & SWP_FRAMECHANGED) || !SameSize(rcWindow, hWnd->rcWindow))
-        rcClient = ClientOf(rcWindow, hWnd->ulStyle);
-    else
-    {
-        rcClient = hWnd->rcClient;
-        const int lMoveX = rcWindow.left - hWnd->rcWindow.left, lMoveY = rcWindow.top - hWnd->rcWindow.top;
-        rcClient = { rcClient.left + lMoveX, rcClient.top + lMoveY, rcClient.right + lMoveX, rcClient.bottom + lMoveY };
-    }
-    UINT ulChanges = TakeRects(hWnd, rcWindow, rcClient);
-    const UINT ulNothing = SWP_NOSIZE | SWP_NOMOVE | SWP_NOCLIENTSIZE | SWP_NOCLIENTMOVE;
-    bool bChanged = (ulChanges & ulNothing) != ulNothing || (ulFlags & SWP_FRAMECHANGED);
+    UINT ulUnchanged = TakePlace(hWnd, pos);
+    bool bChanged = ulUnchanged != s_ulNothingChanged || (ulFlags & SWP_FRAMECHANGED);
     if (bChanged)
         Backend()->PlaceWindow(hWnd);
     if (hWnd->ulStyle & WS_MINIMIZE)
     {
         // That was the place to come back to; an icon neither moves nor grows.
-        ulChanges |= ulNothing;
+        ulUnchanged = s_ulNothingChanged;
         bChanged = false;
     }
-
     if (!(ulFlags & SWP_NOZORDER))
     {
-        const bool bTopmost = hWnd->bTopmost;
-        const HWND hFirst = s_hFirst;
-        if (hInsertAfter == HWND_TOPMOST)
-            hWnd->bTopmost = true;
-        else if (hInsertAfter == HWND_NOTOPMOST || hInsertAfter == HWND_BOTTOM)
-            hWnd->bTopmost = false;
-        if (hInsertAfter == HWND_BOTTOM)
-        {
-            Unlink(hWnd);
-            LinkLast(hWnd);
-        }
-        else if (hInsertAfter == HWND_TOP || bTopmost != hWnd->bTopmost)
-            ToTop(hWnd);
-        if (bTopmost != hWnd->bTopmost && !bChanged)
-            Backend()->PlaceWindow(hWnd);
-        if (bTopmost == hWnd->bTopmost && s_hFirst == hFirst)
-            ulFlags |= SWP_NOZORDER;
-        else
+        if (TakeOrder(hWnd, hInsertAfter, !bChanged))
             bChanged = true;
+        else
+            ulFlags |= SWP_NOZORDER;
     }
-    if (bShow)
-    {
-        hWnd->ulStyle |= WS_VISIBLE;
-        Backend()->ShowWindow(hWnd, StateOf(hWnd));
-        InvalidateRect(hWnd, nullptr, TRUE);
-    }
-    else if (bHide)
-    {
-        hWnd->ulStyle &= ~WS_VISIBLE;
-        hWnd->lDirty = 0;
-        Backend()->ShowWindow(hWnd, SHOW_HIDDEN);
-    }
+    if (bShow || bHide)
+        TakeVisible(hWnd, bShow);
     if (!(ulFlags & (SWP_NOACTIVATE | SWP_HIDEWINDOW)) && (hWnd->ulStyle & WS_VISIBLE) && ActiveWindow() != hWnd &&
         (bShow || !(pos.flags & SWP_NOZORDER)))
     {
@@ -523,8 +536,8 @@ BOOL SetWindowPos(HWND hWnd, HWND hInsertAfter, int lX, int lY, int lWidth, int 
     }
     if (bChanged || bShow || bHide)
     {
-        ulFlags &= ~(ulNothing | SWP_SHOWWINDOW | SWP_HIDEWINDOW);
-        SendPosChanged(hWnd, ulFlags | (ulChanges & ulNothing) | (bShow ? (UINT)SWP_SHOWWINDOW : 0u) |
+        ulFlags &= ~(s_ulNothingChanged | SWP_SHOWWINDOW | SWP_HIDEWINDOW);
+        SendPosChanged(hWnd, ulFlags | ulUnchanged | (bShow ? (UINT)SWP_SHOWWINDOW : 0u) |
                                  (bHide ? (UINT)SWP_HIDEWINDOW : 0u));
     }
     return TRUE;
@@ -546,7 +559,7 @@ BOOL GetWindowRect(HWND hWnd, RECT *prcWindow)
         return FALSE;
     *prcWindow = hWnd->rcWindow;
     if (hWnd->ulStyle & WS_MINIMIZE)
-        *prcWindow = { -32000, -32000, -32000 + 160, -32000 + CAPTION + 2 * FRAME }; // where Windows keeps icons
+        *prcWindow = { -32000, -32000, -32000 + 160, -32000 + s_nCaption + 2 * s_nFrame }; // where Windows keeps icons
     return TRUE;
 }
 
@@ -568,39 +581,39 @@ BOOL ScreenToClient(HWND hWnd, POINT *pPoint)
     return TRUE;
 }
 
-LONG GetWindowLongA(HWND hWnd, int lIndex)
+LONG GetWindowLongA(HWND hWnd, int nIndex)
 {
     if (!CheckWindow(hWnd))
         return 0;
-    if (lIndex == GWL_STYLE)
+    if (nIndex == GWL_STYLE)
         return (LONG)hWnd->ulStyle;
-    if (lIndex == GWL_EXSTYLE)
+    if (nIndex == GWL_EXSTYLE)
         return (LONG)hWnd->ulExStyle;
     SetLastError(ERROR_INVALID_INDEX);
     return 0;
 }
 
-LONG SetWindowLongA(HWND hWnd, int lIndex, LONG lValue)
+LONG SetWindowLongA(HWND hWnd, int nIndex, LONG lValue)
 {
     if (!CheckWindow(hWnd))
         return 0;
-    if (lIndex != GWL_STYLE && lIndex != GWL_EXSTYLE)
+    if (nIndex != GWL_STYLE && nIndex != GWL_EXSTYLE)
     {
         SetLastError(ERROR_INVALID_INDEX);
         return 0;
     }
-    DWORD &ulField = lIndex == GWL_STYLE ? hWnd->ulStyle : hWnd->ulExStyle;
+    DWORD &ulField = nIndex == GWL_STYLE ? hWnd->ulStyle : hWnd->ulExStyle;
     STYLESTRUCT style = { ulField, (DWORD)lValue };
-    SendMessageA(hWnd, WM_STYLECHANGING, lIndex, (LPARAM)&style);
+    SendMessageA(hWnd, WM_STYLECHANGING, nIndex, (LPARAM)&style);
     if (!IsWindow(hWnd))
         return 0;
     // A style without WS_VISIBLE takes nothing off the desktop: it is what the
     // next ShowWindow sees. The state of an icon is not the caller's to change.
-    if (lIndex == GWL_STYLE)
+    if (nIndex == GWL_STYLE)
         style.styleNew = (style.styleNew & ~(DWORD)(WS_MINIMIZE | WS_MAXIMIZE)) | WS_CLIPSIBLINGS |
                          (hWnd->ulStyle & (WS_MINIMIZE | WS_MAXIMIZE));
     ulField = style.styleNew;
-    SendMessageA(hWnd, WM_STYLECHANGED, lIndex, (LPARAM)&style);
+    SendMessageA(hWnd, WM_STYLECHANGED, nIndex, (LPARAM)&style);
     return (LONG)style.styleOld;
 }
 
@@ -624,24 +637,24 @@ HWND FindWindowA(LPCSTR pszClass, LPCSTR pszTitle)
     return nullptr;
 }
 
-int GetSystemMetrics(int lIndex)
+int GetSystemMetrics(int nIndex)
 {
-    int lWidth = 0, lHeight = 0, lDepth = 0;
-    switch (lIndex)
+    int nWidth = 0, nHeight = 0, nDepth = 0;
+    switch (nIndex)
     {
     case SM_CXSCREEN:
     case SM_CYSCREEN:
         if (!Backend()->Start())
             return 0;
-        Backend()->GetDesktop(&lWidth, &lHeight, &lDepth);
-        return lIndex == SM_CXSCREEN ? lWidth : lHeight;
+        Backend()->GetDesktop(&nWidth, &nHeight, &nDepth);
+        return nIndex == SM_CXSCREEN ? nWidth : nHeight;
     case SM_CYCAPTION:
-        return CAPTION;
+        return s_nCaption;
     case SM_CXFIXEDFRAME:
     case SM_CYFIXEDFRAME:
     case SM_CXFRAME:
     case SM_CYFRAME:
-        return FRAME;
+        return s_nFrame;
     case SM_MOUSEPRESENT:
         return 1;
     default:

@@ -9,7 +9,7 @@ struct TWindowClass
 {
     TWindowClass *pNext;
     ATOM usAtom;
-    int lWindows; ///< windows that live now
+    int nWindows; ///< windows that live now
     WNDCLASSA wc; ///< its name points to szName, the menu name is dropped
     char szName[257];
 };
@@ -37,7 +37,7 @@ struct HWND__
     RECT rcInvalid; ///< client pixels, empty when valid
     HDC hOwnDC;     ///< of a CS_OWNDC class
     HDC hFirstDC;   ///< all others that are out
-    int lDirty;
+    int nDirty;
     RECT arcDirty[MAX_DIRTY_RECTS]; ///< drawn since the last present
     void *pNative;                  ///< the backend's
 };
@@ -91,7 +91,7 @@ void ToTop(HWND hWnd);
 
 // activate.cpp
 HWND ActiveWindow();
-void Activate(HWND hWnd, int lHow);
+void Activate(HWND hWnd, int nHow);
 /// Another program has become active.
 void Deactivate(bool bMinimized);
 /// The window goes away: forget it.

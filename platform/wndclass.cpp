@@ -75,7 +75,7 @@ BOOL UnregisterClassA(LPCSTR pszClass, HINSTANCE hInstance)
         SetLastError(ERROR_CLASS_DOES_NOT_EXIST);
         return FALSE;
     }
-    if (pClass->lWindows)
+    if (pClass->nWindows)
     {
         SetLastError(ERROR_CLASS_HAS_WINDOWS);
         return FALSE;

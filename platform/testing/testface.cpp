@@ -22,11 +22,11 @@ struct TFaceWindow
 {
     uint32_t *pDrawn;
     uint32_t *pShown;
-    int lWidth;
-    int lHeight;
+    int nWidth;
+    int nHeight;
     EShowState eState;
-    int lCalls;
-    int lPresented; ///< all of them, also those that found no room below
+    int nCalls;
+    int nPresented; ///< all of them, also those that found no room below
     long long llPixels;
     RECT arcPresented[MAX_PRESENTED];
 };
@@ -60,7 +60,7 @@ class CFace final : public CBackend
 {
 public:
     bool Start() override { return !m_bFail; }
-    void GetDesktop(int *plWidth, int *plHeight, int *plDepth) override;
+    void GetDesktop(int *pnWidth, int *pnHeight, int *pnDepth) override;
     bool OpenWindow(HWND hWnd) override;
     void CloseWindow(HWND hWnd) override;
     void PlaceWindow(HWND) override {}
@@ -69,18 +69,18 @@ public:
     bool GetPlace(HWND, RECT *) override { return false; }
     void RaiseWindow(HWND) override {}
     bool LockPixels(HWND hWnd, TPixelView *pView) override;
-    void Present(HWND hWnd, const RECT *prcAreas, int lCount) override;
+    void Present(HWND hWnd, const RECT *prcAreas, int nCount) override;
     void Pump() override;
     void SetPointerShape(HCURSOR hCursor) override { m_hCursor = hCursor; }
     void GetPointer(POINT *pPoint) override { *pPoint = m_ptPointer; }
-    void SetPointer(int lX, int lY) override;
+    void SetPointer(int nX, int nY) override;
     bool HasClipboardText() override { return s_Clipboard.Length() != 0; }
     char *GetClipboardText() override { return m_bFailClipboard ? nullptr : strdup(s_Clipboard.Text()); }
     bool SetClipboardText(const char *pszUtf8) override { return !m_bFailClipboard && s_Clipboard.Set(pszUtf8); }
     int ShowMessageBox(HWND hOwner, LPCSTR pszText, LPCSTR pszCaption, UINT ulType) override;
 
-    POINT Clamp(int lX, int lY) const;
-    void MovePointer(int lX, int lY);
+    POINT Clamp(int nX, int nY) const;
+    void MovePointer(int nX, int nY);
     void Add(const TAction &action);
     void Forget(HWND hWnd);
     void Deliver(const TAction &action);
@@ -110,14 +110,14 @@ void FreePixels(TFaceWindow *pNative)
     free(pNative->pDrawn);
     free(pNative->pShown);
     pNative->pDrawn = pNative->pShown = nullptr;
-    pNative->lWidth = pNative->lHeight = 0;
+    pNative->nWidth = pNative->nHeight = 0;
 }
 
-void CFace::GetDesktop(int *plWidth, int *plHeight, int *plDepth)
+void CFace::GetDesktop(int *pnWidth, int *pnHeight, int *pnDepth)
 {
-    *plWidth = m_Desktop.lWidth;
-    *plHeight = m_Desktop.lHeight;
-    *plDepth = m_Desktop.lDepth;
+    *pnWidth = m_Desktop.nWidth;
+    *pnHeight = m_Desktop.nHeight;
+    *pnDepth = m_Desktop.nDepth;
 }
 
 bool CFace::OpenWindow(HWND hWnd)
@@ -145,12 +145,12 @@ void CFace::ShowWindow(HWND hWnd, EShowState eState)
 bool CFace::LockPixels(HWND hWnd, TPixelView *pView)
 {
     TFaceWindow *pNative = Native(hWnd);
-    const int lWidth = WidthOf(hWnd->rcClient), lHeight = HeightOf(hWnd->rcClient);
-    pView->bLost = pNative->lWidth != lWidth || pNative->lHeight != lHeight;
+    const int nWidth = WidthOf(hWnd->rcClient), nHeight = HeightOf(hWnd->rcClient);
+    pView->bLost = pNative->nWidth != nWidth || pNative->nHeight != nHeight;
     if (pView->bLost)
     {
         FreePixels(pNative);
-        const size_t ulSize = (size_t)lWidth * lHeight;
+        const size_t ulSize = (size_t)nWidth * nHeight;
         pNative->pDrawn = (uint32_t *)calloc(ulSize ? ulSize : 1, 4);
         pNative->pShown = (uint32_t *)calloc(ulSize ? ulSize : 1, 4);
         if (!pNative->pDrawn || !pNative->pShown)
@@ -158,30 +158,30 @@ bool CFace::LockPixels(HWND hWnd, TPixelView *pView)
             FreePixels(pNative);
             return false;
         }
-        pNative->lWidth = lWidth;
-        pNative->lHeight = lHeight;
+        pNative->nWidth = nWidth;
+        pNative->nHeight = nHeight;
     }
     pView->pPixels = pNative->pDrawn;
-    pView->lPitch = pView->lWidth = lWidth;
-    pView->lHeight = lHeight;
+    pView->nPitch = pView->nWidth = nWidth;
+    pView->nHeight = nHeight;
     return true;
 }
 
-void CFace::Present(HWND hWnd, const RECT *prcAreas, int lCount)
+void CFace::Present(HWND hWnd, const RECT *prcAreas, int nCount)
 {
     TFaceWindow *pNative = Native(hWnd);
-    ++pNative->lCalls;
-    for (int i = 0; i < lCount; ++i)
+    ++pNative->nCalls;
+    for (int i = 0; i < nCount; ++i)
     {
         RECT rc = prcAreas[i];
-        if (!IntersectWith(&rc, { 0, 0, pNative->lWidth, pNative->lHeight }))
+        if (!IntersectWith(&rc, { 0, 0, pNative->nWidth, pNative->nHeight }))
             continue;
         for (int y = rc.top; y < rc.bottom; ++y)
-            memcpy(pNative->pShown + (size_t)y * pNative->lWidth + rc.left,
-                   pNative->pDrawn + (size_t)y * pNative->lWidth + rc.left, (size_t)WidthOf(rc) * 4);
-        if (pNative->lPresented < MAX_PRESENTED)
-            pNative->arcPresented[pNative->lPresented] = rc;
-        ++pNative->lPresented;
+            memcpy(pNative->pShown + (size_t)y * pNative->nWidth + rc.left,
+                   pNative->pDrawn + (size_t)y * pNative->nWidth + rc.left, (size_t)WidthOf(rc) * 4);
+        if (pNative->nPresented < MAX_PRESENTED)
+            pNative->arcPresented[pNative->nPresented] = rc;
+        ++pNative->nPresented;
         pNative->llPixels += (long long)WidthOf(rc) * HeightOf(rc);
     }
 }
@@ -267,23 +267,23 @@ HWND WindowAt(POINT pt)
     return nullptr;
 }
 
-POINT CFace::Clamp(int lX, int lY) const
+POINT CFace::Clamp(int nX, int nY) const
 {
-    return { std::clamp(lX, 0, m_Desktop.lWidth - 1), std::clamp(lY, 0, m_Desktop.lHeight - 1) };
+    return { std::clamp(nX, 0, m_Desktop.nWidth - 1), std::clamp(nY, 0, m_Desktop.nHeight - 1) };
 }
 
-void CFace::SetPointer(int lX, int lY)
+void CFace::SetPointer(int nX, int nY)
 {
     // One that stays where it is sends nothing. Held at a place beyond the
     // desktop it would never come to rest.
-    const POINT pt = Clamp(lX, lY);
+    const POINT pt = Clamp(nX, nY);
     if (pt.x != m_ptPointer.x || pt.y != m_ptPointer.y)
-        MovePointer(lX, lY);
+        MovePointer(nX, nY);
 }
 
-void CFace::MovePointer(int lX, int lY)
+void CFace::MovePointer(int nX, int nY)
 {
-    m_ptPointer = Clamp(lX, lY);
+    m_ptPointer = Clamp(nX, nY);
     TAction action = {};
     action.eKind = TAction::POINTER;
     action.hWnd = WindowAt(m_ptPointer);
@@ -299,10 +299,10 @@ int CFace::ShowMessageBox(HWND, LPCSTR pszText, LPCSTR, UINT)
     snprintf(m_szBox, sizeof(m_szBox), "%s", pszText);
     if (!m_lAnswers)
         return 0;
-    const int lAnswer = m_alAnswers[0];
+    const int nAnswer = m_alAnswers[0];
     --m_lAnswers;
     memmove(m_alAnswers, m_alAnswers + 1, m_lAnswers * sizeof(int));
-    return lAnswer;
+    return nAnswer;
 }
 
 void AddWindowAction(TAction::EKind eKind, HWND hWnd, bool bOn)
@@ -333,7 +333,7 @@ void AddPlace(HWND hWnd, const RECT &rc)
 }
 
 /// Scan codes of a PC keyboard for the keys that tests press most.
-int ScanCodeOf(int lVirtualKey, bool *pbExtended)
+int ScanCodeOf(int nVirtualKey, bool *pbExtended)
 {
     static const char s_szRows[] = "\x1B"
                                    "1234567890\xBD\xBB\x08\x09QWERTYUIOP\xDB\xDD\x0D\xA2"
@@ -341,32 +341,32 @@ int ScanCodeOf(int lVirtualKey, bool *pbExtended)
                                    "pqrstuvwxy\x90\x91ghimdefkabc`n";
     static const struct
     {
-        int lVirtualKey;
-        int lScanCode;
+        int nVirtualKey;
+        int nScanCode;
     } s_Extended[] = { { VK_RCONTROL, 0x1D }, { VK_RMENU, 0x38 }, { VK_HOME, 0x47 },   { VK_UP, 0x48 },
                        { VK_PRIOR, 0x49 },    { VK_LEFT, 0x4B },  { VK_RIGHT, 0x4D },  { VK_END, 0x4F },
                        { VK_DOWN, 0x50 },     { VK_NEXT, 0x51 },  { VK_INSERT, 0x52 }, { VK_DELETE, 0x53 } };
     *pbExtended = false;
     for (const auto &key : s_Extended)
     {
-        if (key.lVirtualKey == lVirtualKey)
+        if (key.nVirtualKey == nVirtualKey)
         {
             *pbExtended = true;
-            return key.lScanCode;
+            return key.nScanCode;
         }
     }
     // F keys and the pad share their codes with lower-case letters of the table.
-    const void *p = memchr(s_szRows, lVirtualKey, sizeof(s_szRows) - 1);
+    const void *p = memchr(s_szRows, nVirtualKey, sizeof(s_szRows) - 1);
     return p ? (int)((const char *)p - s_szRows) + 1 : 0;
 }
 
-void AddKey(int lVirtualKey, bool bDown, bool bRepeat, unsigned char ucChar)
+void AddKey(int nVirtualKey, bool bDown, bool bRepeat, unsigned char ucChar)
 {
     TAction action = {};
     action.eKind = TAction::KEY;
     bool bExtended;
-    const int lScanCode = ScanCodeOf(lVirtualKey, &bExtended);
-    action.key = { lVirtualKey, lScanCode, bExtended, bDown, bRepeat, ucChar };
+    const int nScanCode = ScanCodeOf(nVirtualKey, &bExtended);
+    action.key = { nVirtualKey, nScanCode, bExtended, bDown, bRepeat, ucChar };
     s_Face.Add(action);
 }
 } // namespace
@@ -376,7 +376,7 @@ bool FaceStart(const TFaceDesktop *pDesktop)
     if (FirstWindow())
         return false;
     s_Face.m_Desktop = *pDesktop;
-    s_Face.m_ptPointer = { pDesktop->lWidth / 2, pDesktop->lHeight / 2 };
+    s_Face.m_ptPointer = { pDesktop->nWidth / 2, pDesktop->nHeight / 2 };
     s_Face.m_hCursor = LoadCursorA(nullptr, IDC_ARROW);
     SetBackend(&s_Face);
     UseTestClock(true, 1000);
@@ -420,19 +420,19 @@ void FaceAdvanceClock(DWORD ulMilliseconds)
     UseTestClock(true, timeGetTime() + ulMilliseconds);
 }
 
-void FaceMovePointer(int lX, int lY)
+void FaceMovePointer(int nX, int nY)
 {
-    s_Face.MovePointer(lX, lY);
+    s_Face.MovePointer(nX, nY);
 }
 
-void FaceMovePointerIn(HWND hWnd, int lX, int lY)
+void FaceMovePointerIn(HWND hWnd, int nX, int nY)
 {
-    POINT pt = { lX, lY };
+    POINT pt = { nX, nY };
     if (ClientToScreen(hWnd, &pt))
         s_Face.MovePointer(pt.x, pt.y);
 }
 
-void FaceButton(int lButton, bool bDown)
+void FaceButton(int nButton, bool bDown)
 {
     TAction action = {};
     action.eKind = TAction::BUTTON;
@@ -441,40 +441,40 @@ void FaceButton(int lButton, bool bDown)
         return;
     action.pt = s_Face.m_ptPointer;
     ScreenToClient(action.hWnd, &action.pt);
-    action.eButton = lButton == VK_LBUTTON ? BUTTON_LEFT : lButton == VK_RBUTTON ? BUTTON_RIGHT : BUTTON_MIDDLE;
+    action.eButton = nButton == VK_LBUTTON ? BUTTON_LEFT : nButton == VK_RBUTTON ? BUTTON_RIGHT : BUTTON_MIDDLE;
     action.bOn = bDown;
     s_Face.Add(action);
     if (bDown)
         ToTop(action.hWnd);
 }
 
-void FaceClick(HWND hWnd, int lX, int lY)
+void FaceClick(HWND hWnd, int nX, int nY)
 {
-    FaceMovePointerIn(hWnd, lX, lY);
+    FaceMovePointerIn(hWnd, nX, nY);
     FaceButton(VK_LBUTTON, true);
     FaceButton(VK_LBUTTON, false);
 }
 
-void FaceKey(int lVirtualKey, bool bDown, unsigned char ucChar)
+void FaceKey(int nVirtualKey, bool bDown, unsigned char ucChar)
 {
-    AddKey(lVirtualKey, bDown, false, ucChar);
+    AddKey(nVirtualKey, bDown, false, ucChar);
 }
 
-void FaceRepeatKey(int lVirtualKey, unsigned char ucChar)
+void FaceRepeatKey(int nVirtualKey, unsigned char ucChar)
 {
-    AddKey(lVirtualKey, true, true, ucChar);
+    AddKey(nVirtualKey, true, true, ucChar);
 }
 
 void FaceType(const char *pszText)
 {
     for (; *pszText; ++pszText)
     {
-        const int lKey = toupper((unsigned char)*pszText);
+        const int nKey = toupper((unsigned char)*pszText);
         const bool bShift = isupper((unsigned char)*pszText);
         if (bShift)
             AddKey(VK_LSHIFT, true, false, 0);
-        AddKey(lKey, true, false, (unsigned char)*pszText);
-        AddKey(lKey, false, false, 0);
+        AddKey(nKey, true, false, (unsigned char)*pszText);
+        AddKey(nKey, false, false, 0);
         if (bShift)
             AddKey(VK_LSHIFT, false, false, 0);
     }
@@ -522,16 +522,16 @@ void FaceRestore(HWND hWnd)
     AddState(hWnd, SHOW_NORMAL);
 }
 
-void FaceResize(HWND hWnd, int lWidth, int lHeight)
+void FaceResize(HWND hWnd, int nWidth, int nHeight)
 {
     const RECT &rc = hWnd->rcClient;
-    AddPlace(hWnd, { rc.left, rc.top, rc.left + lWidth, rc.top + lHeight });
+    AddPlace(hWnd, { rc.left, rc.top, rc.left + nWidth, rc.top + nHeight });
 }
 
-void FaceMove(HWND hWnd, int lX, int lY)
+void FaceMove(HWND hWnd, int nX, int nY)
 {
     const RECT &rc = hWnd->rcClient;
-    AddPlace(hWnd, { lX, lY, lX + WidthOf(rc), lY + HeightOf(rc) });
+    AddPlace(hWnd, { nX, nY, nX + WidthOf(rc), nY + HeightOf(rc) });
 }
 
 void FaceActivate(HWND hWnd, bool bActive)
@@ -544,34 +544,34 @@ void FaceExpose(HWND hWnd)
     AddWindowAction(TAction::EXPOSE, hWnd, true);
 }
 
-const uint32_t *FaceShownPixels(HWND hWnd, int *plWidth, int *plHeight)
+const uint32_t *FaceShownPixels(HWND hWnd, int *pnWidth, int *pnHeight)
 {
     const TFaceWindow *pNative = Native(hWnd);
-    if (plWidth)
-        *plWidth = pNative->lWidth;
-    if (plHeight)
-        *plHeight = pNative->lHeight;
+    if (pnWidth)
+        *pnWidth = pNative->nWidth;
+    if (pnHeight)
+        *pnHeight = pNative->nHeight;
     return pNative->pShown;
 }
 
-int FaceTakePresented(HWND hWnd, RECT *prcAreas, int lMax, long long *pllPixels)
+int FaceTakePresented(HWND hWnd, RECT *prcAreas, int nMax, long long *pllPixels)
 {
     TFaceWindow *pNative = Native(hWnd);
-    const int lCount = pNative->lPresented;
-    for (int i = 0; i < lCount && i < lMax && i < MAX_PRESENTED; ++i)
+    const int nCount = pNative->nPresented;
+    for (int i = 0; i < nCount && i < nMax && i < MAX_PRESENTED; ++i)
         prcAreas[i] = pNative->arcPresented[i];
     if (pllPixels)
         *pllPixels = pNative->llPixels;
-    pNative->lPresented = 0;
+    pNative->nPresented = 0;
     pNative->llPixels = 0;
-    return lCount;
+    return nCount;
 }
 
 int FaceTakePresentCalls(HWND hWnd)
 {
-    const int lCalls = Native(hWnd)->lCalls;
-    Native(hWnd)->lCalls = 0;
-    return lCalls;
+    const int nCalls = Native(hWnd)->nCalls;
+    Native(hWnd)->nCalls = 0;
+    return nCalls;
 }
 
 HCURSOR FaceCursor()
@@ -584,10 +584,10 @@ const char *FaceTitle(HWND hWnd)
     return hWnd->pszTitle;
 }
 
-void FaceAnswerMessageBox(int lButton)
+void FaceAnswerMessageBox(int nButton)
 {
     if (s_Face.m_lAnswers < (int)(sizeof(s_Face.m_alAnswers) / sizeof(s_Face.m_alAnswers[0])))
-        s_Face.m_alAnswers[s_Face.m_lAnswers++] = lButton;
+        s_Face.m_alAnswers[s_Face.m_lAnswers++] = nButton;
 }
 
 const char *FaceMessageBoxText()

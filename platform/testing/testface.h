@@ -9,9 +9,9 @@
 /// there is a system palette.
 struct TFaceDesktop
 {
-    int lWidth;
-    int lHeight;
-    int lDepth;
+    int nWidth;
+    int nHeight;
+    int nDepth;
 };
 
 /// Puts the face in SDL's place and stops the clock at 1000.
@@ -31,19 +31,19 @@ TARVIX_INTERNAL void FaceAdvanceClock(DWORD ulMilliseconds);
 // program in its next PeekMessageA, as with SDL.
 
 /// Moves the pointer, in pixels of the desktop. The topmost window there gets the message.
-TARVIX_INTERNAL void FaceMovePointer(int lX, int lY);
+TARVIX_INTERNAL void FaceMovePointer(int nX, int nY);
 /// The same in pixels of a window's client area.
-TARVIX_INTERNAL void FaceMovePointerIn(HWND hWnd, int lX, int lY);
-/// @param lButton  VK_LBUTTON, VK_RBUTTON or VK_MBUTTON. A press activates the window below.
-TARVIX_INTERNAL void FaceButton(int lButton, bool bDown);
+TARVIX_INTERNAL void FaceMovePointerIn(HWND hWnd, int nX, int nY);
+/// @param nButton  VK_LBUTTON, VK_RBUTTON or VK_MBUTTON. A press activates the window below.
+TARVIX_INTERNAL void FaceButton(int nButton, bool bDown);
 /// Moves the pointer there, presses and releases the left button.
-TARVIX_INTERNAL void FaceClick(HWND hWnd, int lX, int lY);
+TARVIX_INTERNAL void FaceClick(HWND hWnd, int nX, int nY);
 /// Down or up of a key, for the active window.
-/// @param lVirtualKey  of one side where there are two: VK_LSHIFT, not VK_SHIFT
+/// @param nVirtualKey  of one side where there are two: VK_LSHIFT, not VK_SHIFT
 /// @param ucChar       what the key types, 0 for nothing
-TARVIX_INTERNAL void FaceKey(int lVirtualKey, bool bDown, unsigned char ucChar);
+TARVIX_INTERNAL void FaceKey(int nVirtualKey, bool bDown, unsigned char ucChar);
 /// Another key-down of a held key.
-TARVIX_INTERNAL void FaceRepeatKey(int lVirtualKey, unsigned char ucChar);
+TARVIX_INTERNAL void FaceRepeatKey(int nVirtualKey, unsigned char ucChar);
 /// Presses and releases the keys that type a text; letters, digits and blanks.
 TARVIX_INTERNAL void FaceType(const char *pszText);
 /// A character out of an input method, which no key types.
@@ -58,9 +58,9 @@ TARVIX_INTERNAL void FaceMinimize(HWND hWnd);
 TARVIX_INTERNAL void FaceMaximize(HWND hWnd);
 TARVIX_INTERNAL void FaceRestore(HWND hWnd);
 /// New size of the client area.
-TARVIX_INTERNAL void FaceResize(HWND hWnd, int lWidth, int lHeight);
+TARVIX_INTERNAL void FaceResize(HWND hWnd, int nWidth, int nHeight);
 /// New place of the client area.
-TARVIX_INTERNAL void FaceMove(HWND hWnd, int lX, int lY);
+TARVIX_INTERNAL void FaceMove(HWND hWnd, int nX, int nY);
 /// Another program comes to the front, or goes back behind the window.
 TARVIX_INTERNAL void FaceActivate(HWND hWnd, bool bActive);
 /// Something that covered the window went away.
@@ -71,11 +71,11 @@ TARVIX_INTERNAL void FaceExpose(HWND hWnd);
 /// Pixels of the client area as they were last presented: 0xFFRRGGBB, rows one
 /// after the other. They belong to the window and hold until it changes.
 /// @return null when it shows nothing
-TARVIX_INTERNAL const uint32_t *FaceShownPixels(HWND hWnd, int *plWidth, int *plHeight);
-/// Areas presented since the last call, at most lMax of them; all are forgotten then.
+TARVIX_INTERNAL const uint32_t *FaceShownPixels(HWND hWnd, int *pnWidth, int *pnHeight);
+/// Areas presented since the last call, at most nMax of them; all are forgotten then.
 /// @param pllPixels  receives how many pixels they have together, or null
 /// @return how many there were
-TARVIX_INTERNAL int FaceTakePresented(HWND hWnd, RECT *prcAreas, int lMax, long long *pllPixels);
+TARVIX_INTERNAL int FaceTakePresented(HWND hWnd, RECT *prcAreas, int nMax, long long *pllPixels);
 /// Times that something was presented since the last call.
 TARVIX_INTERNAL int FaceTakePresentCalls(HWND hWnd);
 /// The pointer's shape, null while it is hidden.
@@ -84,6 +84,6 @@ TARVIX_INTERNAL const char *FaceTitle(HWND hWnd);
 
 /// Button ids that the next message boxes are answered with, in turn; 0 is a
 /// box that can't be shown.
-TARVIX_INTERNAL void FaceAnswerMessageBox(int lButton);
+TARVIX_INTERNAL void FaceAnswerMessageBox(int nButton);
 /// Text of the last message box, "" for none.
 TARVIX_INTERNAL const char *FaceMessageBoxText();

@@ -8,10 +8,10 @@ namespace
 // The plain model of a bitmap: a colour for each pixel, 0xRRGGBB.
 struct TModel
 {
-    int lWidth, lHeight;
+    int nWidth, nHeight;
     std::vector<uint32_t> pixels;
 
-    uint32_t &At(int x, int y) { return pixels[(size_t)y * lWidth + x]; }
+    uint32_t &At(int x, int y) { return pixels[(size_t)y * nWidth + x]; }
 };
 
 RGBQUAD TestColor(int i)
@@ -28,8 +28,8 @@ uint32_t ColorOf(RGBQUAD c)
 class CDibSection
 {
 public:
-    CDibSection(int lWidth, int lHeight, int lDepth, unsigned uSeed)
-        : m_lWidth(lWidth), m_lHeight(lHeight < 0 ? -lHeight : lHeight), m_lDepth(lDepth), m_bTopDown(lHeight < 0)
+    CDibSection(int nWidth, int nHeight, int nDepth, unsigned uSeed)
+        : m_lWidth(nWidth), m_lHeight(nHeight < 0 ? -nHeight : nHeight), m_lDepth(nDepth), m_bTopDown(nHeight < 0)
     {
         struct
         {
@@ -37,10 +37,10 @@ public:
             RGBQUAD aColors[256];
         } info = {};
         info.header.biSize = sizeof(BITMAPINFOHEADER);
-        info.header.biWidth = lWidth;
-        info.header.biHeight = lHeight;
+        info.header.biWidth = nWidth;
+        info.header.biHeight = nHeight;
         info.header.biPlanes = 1;
-        info.header.biBitCount = (WORD)lDepth;
+        info.header.biBitCount = (WORD)nDepth;
         for (int i = 0; i < 256; ++i)
             info.aColors[i] = TestColor(i);
         m_hDC = CreateCompatibleDC(nullptr);
@@ -72,10 +72,10 @@ public:
             return (uint32_t)p[2] << 16 | (uint32_t)p[1] << 8 | p[0];
         const unsigned us = p[0] | p[1] << 8;
         uint32_t ul = 0;
-        for (int lShift : { 10, 5, 0 })
+        for (int nShift : { 10, 5, 0 })
         {
             // GDI repeats the bits of a channel until the byte is full.
-            const unsigned uc = us >> lShift & 31;
+            const unsigned uc = us >> nShift & 31;
             ul = ul << 8 | uc << 3 | uc >> 2;
         }
         return ul;
@@ -100,7 +100,7 @@ public:
 struct TArea
 {
     const char *pszName;
-    int lX, lY, lWidth, lHeight, lSourceX, lSourceY;
+    int nX, nY, nWidth, nHeight, nSourceX, nSourceY;
 };
 
 // For a target of 41 by 23 and a source of 37 by 19.
@@ -119,13 +119,13 @@ const TArea s_Areas[] = {
 /// Copies pixel by pixel what both sides have.
 void ModelBlit(TModel &target, TModel source, const TArea &a)
 {
-    for (int y = 0; y < target.lHeight; ++y)
-        for (int x = 0; x < target.lWidth; ++x)
+    for (int y = 0; y < target.nHeight; ++y)
+        for (int x = 0; x < target.nWidth; ++x)
         {
-            const long long llX = (long long)x - a.lX, llY = (long long)y - a.lY;
-            const long long llSX = llX + a.lSourceX, llSY = llY + a.lSourceY;
-            if (llX >= 0 && llX < a.lWidth && llY >= 0 && llY < a.lHeight && llSX >= 0 && llSX < source.lWidth &&
-                llSY >= 0 && llSY < source.lHeight)
+            const long long llX = (long long)x - a.nX, llY = (long long)y - a.nY;
+            const long long llSX = llX + a.nSourceX, llSY = llY + a.nSourceY;
+            if (llX >= 0 && llX < a.nWidth && llY >= 0 && llY < a.nHeight && llSX >= 0 && llSX < source.nWidth &&
+                llSY >= 0 && llSY < source.nHeight)
                 target.At(x, y) = source.At((int)llSX, (int)llSY);
         }
 }
@@ -137,13 +137,13 @@ class PlatformBlit : public CFaceTest, public testing::WithParamInterface<std::t
 
 TEST_P(PlatformBlit, ToAWindowEqualsThePlainModel)
 {
-    const auto &[lDepth, bTopDown, area] = GetParam();
+    const auto &[nDepth, bTopDown, area] = GetParam();
     const HWND hWnd = OpenShown(WS_POPUP, 0, 0, 41, 23);
-    CDibSection dib(37, bTopDown ? -19 : 19, lDepth, 11);
+    CDibSection dib(37, bTopDown ? -19 : 19, nDepth, 11);
     TModel expected = { 41, 23, std::vector<uint32_t>(41 * 23) };
     ModelBlit(expected, dib.Model(), area);
-    ASSERT_TRUE(BitBlt(GetDC(hWnd), area.lX, area.lY, area.lWidth, area.lHeight, dib.m_hDC, area.lSourceX,
-                       area.lSourceY, SRCCOPY));
+    ASSERT_TRUE(BitBlt(GetDC(hWnd), area.nX, area.nY, area.nWidth, area.nHeight, dib.m_hDC, area.nSourceX,
+                       area.nSourceY, SRCCOPY));
     Run();
     for (int y = 0; y < 23; ++y)
         for (int x = 0; x < 41; ++x)
@@ -152,16 +152,16 @@ TEST_P(PlatformBlit, ToAWindowEqualsThePlainModel)
 
 TEST_P(PlatformBlit, BetweenBitmapsEqualsThePlainModel)
 {
-    const auto &[lDepth, bTopDown, area] = GetParam();
-    CDibSection source(37, bTopDown ? -19 : 19, lDepth, 11), target(41, -23, lDepth, 12);
+    const auto &[nDepth, bTopDown, area] = GetParam();
+    CDibSection source(37, bTopDown ? -19 : 19, nDepth, 11), target(41, -23, nDepth, 12);
     const std::vector<BYTE> before(target.m_pBits, target.m_pBits + target.Pitch() * 23);
     TModel expected = target.Model();
     ModelBlit(expected, source.Model(), area);
-    ASSERT_TRUE(BitBlt(target.m_hDC, area.lX, area.lY, area.lWidth, area.lHeight, source.m_hDC, area.lSourceX,
-                       area.lSourceY, SRCCOPY));
+    ASSERT_TRUE(BitBlt(target.m_hDC, area.nX, area.nY, area.nWidth, area.nHeight, source.m_hDC, area.nSourceX,
+                       area.nSourceY, SRCCOPY));
     EXPECT_EQ(expected.pixels, target.Model().pixels);
     for (int y = 0; y < 23; ++y)
-        for (int i = 41 * lDepth / 8; i < target.Pitch(); ++i)
+        for (int i = 41 * nDepth / 8; i < target.Pitch(); ++i)
             EXPECT_EQ(before[(size_t)(y * target.Pitch() + i)], target.m_pBits[y * target.Pitch() + i]) << "padding";
 }
 
@@ -179,14 +179,14 @@ TEST_F(PlatformDib, MovesWithinItselfLikeThroughACopy)
                             { "", 4, 3, 20, 10, 6, 3 },
                             { "", 6, 3, 20, 10, 4, 3 },
                             { "", 2, 8, 20, 10, 5, 1 } };
-    for (int lHeight : { 21, -21 })
+    for (int nHeight : { 21, -21 })
         for (const TArea &a : areas)
         {
-            CDibSection dib(33, lHeight, 16, 5);
+            CDibSection dib(33, nHeight, 16, 5);
             TModel expected = dib.Model();
             ModelBlit(expected, dib.Model(), a);
-            BitBlt(dib.m_hDC, a.lX, a.lY, a.lWidth, a.lHeight, dib.m_hDC, a.lSourceX, a.lSourceY, SRCCOPY);
-            EXPECT_EQ(expected.pixels, dib.Model().pixels) << a.lX << "," << a.lY << " height " << lHeight;
+            BitBlt(dib.m_hDC, a.nX, a.nY, a.nWidth, a.nHeight, dib.m_hDC, a.nSourceX, a.nSourceY, SRCCOPY);
+            EXPECT_EQ(expected.pixels, dib.Model().pixels) << a.nX << "," << a.nY << " height " << nHeight;
         }
 }
 
@@ -211,10 +211,10 @@ TEST_F(PlatformDib, DepthsConvert)
                          ((int)(ul >> s & 255) - (int)(dib16.At(x, y) >> s & 255));
                 return l;
             };
-            int lBest = INT32_MAX;
+            int nBest = INT32_MAX;
             for (int i = 0; i < 256; ++i)
-                lBest = std::min(lBest, Distance(ColorOf(TestColor(i))));
-            EXPECT_EQ(lBest, Distance(dib8.At(x, y))) << "not the nearest colour";
+                nBest = std::min(nBest, Distance(ColorOf(TestColor(i))));
+            EXPECT_EQ(nBest, Distance(dib8.At(x, y))) << "not the nearest colour";
         }
 }
 
@@ -252,7 +252,7 @@ TEST_F(PlatformDib, BadRequestsAreRefused)
 {
     const struct
     {
-        LONG lWidth, lHeight;
+        LONG nWidth, nHeight;
         WORD usPlanes, usDepth;
         DWORD ulCompression, ulError;
     } cases[] = {
@@ -269,7 +269,7 @@ TEST_F(PlatformDib, BadRequestsAreRefused)
     {
         BITMAPINFO info = {};
         info.bmiHeader = {
-            sizeof(BITMAPINFOHEADER), c.lWidth, c.lHeight, c.usPlanes, c.usDepth, c.ulCompression, 0, 0, 0, 0, 0
+            sizeof(BITMAPINFOHEADER), c.nWidth, c.nHeight, c.usPlanes, c.usDepth, c.ulCompression, 0, 0, 0, 0, 0
         };
         void *pBits = &info;
         EXPECT_EQ(nullptr, CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &pBits, nullptr, 0));

@@ -95,7 +95,7 @@ LRESULT CALLBACK CFaceTest::Proc(HWND hWnd, UINT ulMsg, WPARAM wParam, LPARAM lP
     return s_pTest->Handle(hWnd, ulMsg, wParam, lParam);
 }
 
-HWND CFaceTest::Open(DWORD ulStyle, int lX, int lY, int lWidth, int lHeight, UINT ulClassStyle)
+HWND CFaceTest::Open(DWORD ulStyle, int nX, int nY, int nWidth, int nHeight, UINT ulClassStyle)
 {
     s_pTest = this;
     WNDCLASSA wc = {};
@@ -104,13 +104,13 @@ HWND CFaceTest::Open(DWORD ulStyle, int lX, int lY, int lWidth, int lHeight, UIN
     wc.hbrBackground = (HBRUSH)GetStockObject(BLACK_BRUSH);
     wc.lpszClassName = "FaceTest";
     RegisterClassA(&wc);
-    return CreateWindowExA(0, "FaceTest", "A window", ulStyle, lX, lY, lWidth, lHeight, nullptr, nullptr, nullptr,
+    return CreateWindowExA(0, "FaceTest", "A window", ulStyle, nX, nY, nWidth, nHeight, nullptr, nullptr, nullptr,
                            nullptr);
 }
 
-HWND CFaceTest::OpenShown(DWORD ulStyle, int lX, int lY, int lWidth, int lHeight, UINT ulClassStyle)
+HWND CFaceTest::OpenShown(DWORD ulStyle, int nX, int nY, int nWidth, int nHeight, UINT ulClassStyle)
 {
-    const HWND hWnd = Open(ulStyle, lX, lY, lWidth, lHeight, ulClassStyle);
+    const HWND hWnd = Open(ulStyle, nX, nY, nWidth, nHeight, ulClassStyle);
     EXPECT_NE(nullptr, hWnd);
     ShowWindow(hWnd, SW_SHOWDEFAULT);
     UpdateWindow(hWnd);

@@ -21,9 +21,9 @@ protected:
     }
 
     /// A hidden window whose messages are kept in m_Log.
-    HWND Open(DWORD ulStyle, int lX, int lY, int lWidth, int lHeight, UINT ulClassStyle = CS_OWNDC);
+    HWND Open(DWORD ulStyle, int nX, int nY, int nWidth, int nHeight, UINT ulClassStyle = CS_OWNDC);
     /// Open, ShowWindow, UpdateWindow, and an empty log.
-    HWND OpenShown(DWORD ulStyle, int lX, int lY, int lWidth, int lHeight, UINT ulClassStyle = CS_OWNDC);
+    HWND OpenShown(DWORD ulStyle, int nX, int nY, int nWidth, int nHeight, UINT ulClassStyle = CS_OWNDC);
     /// Hands out what is queued.
     void Run();
     /// Names of the messages that arrived since the last call, the dull ones left out.
@@ -42,9 +42,9 @@ protected:
     static CFaceTest *s_pTest;
 };
 
-inline uint32_t ShownPixel(HWND hWnd, int lX, int lY)
+inline uint32_t ShownPixel(HWND hWnd, int nX, int nY)
 {
-    int lWidth, lHeight;
-    const uint32_t *pPixels = FaceShownPixels(hWnd, &lWidth, &lHeight);
-    return pPixels && lX < lWidth && lY < lHeight ? pPixels[lY * lWidth + lX] & 0xFFFFFF : 0xDEAD0000;
+    int nWidth, nHeight;
+    const uint32_t *pPixels = FaceShownPixels(hWnd, &nWidth, &nHeight);
+    return pPixels && nX < nWidth && nY < nHeight ? pPixels[nY * nWidth + nX] & 0xFFFFFF : 0xDEAD0000;
 }

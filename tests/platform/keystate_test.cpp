@@ -4,28 +4,28 @@ namespace
 {
 struct THookCall
 {
-    int lCode;
+    int nCode;
     WPARAM wParam;
     LPARAM lParam;
-    int lHook;
+    int nHook;
 };
 std::vector<THookCall> s_Calls;
 bool s_bSwallow, s_bPass;
 HHOOK s_hEnd;
 
-LRESULT CALLBACK HookOne(int lCode, WPARAM wParam, LPARAM lParam)
+LRESULT CALLBACK HookOne(int nCode, WPARAM wParam, LPARAM lParam)
 {
-    s_Calls.push_back({ lCode, wParam, lParam, 1 });
+    s_Calls.push_back({ nCode, wParam, lParam, 1 });
     return s_bSwallow;
 }
 
-LRESULT CALLBACK HookTwo(int lCode, WPARAM wParam, LPARAM lParam)
+LRESULT CALLBACK HookTwo(int nCode, WPARAM wParam, LPARAM lParam)
 {
-    s_Calls.push_back({ lCode, wParam, lParam, 2 });
+    s_Calls.push_back({ nCode, wParam, lParam, 2 });
     if (s_hEnd)
         UnhookWindowsHookEx(s_hEnd);
     s_hEnd = nullptr;
-    return s_bPass ? CallNextHookEx(nullptr, lCode, wParam, lParam) : 0;
+    return s_bPass ? CallNextHookEx(nullptr, nCode, wParam, lParam) : 0;
 }
 
 class PlatformKeyState : public CFaceTest
@@ -45,8 +45,8 @@ protected:
         BYTE aucState[256];
         WORD usChar = 0xABCD;
         EXPECT_TRUE(GetKeyboardState(aucState));
-        const int lCount = ToAscii(ulKey, 0, aucState, &usChar, 0);
-        return lCount == 1 ? usChar : -lCount - 1;
+        const int nCount = ToAscii(ulKey, 0, aucState, &usChar, 0);
+        return nCount == 1 ? usChar : -nCount - 1;
     }
 };
 } // namespace
@@ -60,13 +60,13 @@ TEST_F(PlatformKeyState, HooksSeeKeysWhenTheyAreTakenNewestFirst)
     MSG msg;
     ASSERT_TRUE(PeekMessageA(&msg, nullptr, 0, 0, PM_NOREMOVE));
     ASSERT_EQ(2u, s_Calls.size());
-    EXPECT_EQ((int)HC_NOREMOVE, s_Calls[0].lCode);
+    EXPECT_EQ((int)HC_NOREMOVE, s_Calls[0].nCode);
     EXPECT_EQ(0, GetKeyState('A')) << "still in the queue";
     s_Calls.clear();
     ASSERT_TRUE(PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE));
     ASSERT_EQ(2u, s_Calls.size());
-    EXPECT_EQ(2, s_Calls[0].lHook);
-    EXPECT_EQ((int)HC_ACTION, s_Calls[1].lCode);
+    EXPECT_EQ(2, s_Calls[0].nHook);
+    EXPECT_EQ((int)HC_ACTION, s_Calls[1].nCode);
     EXPECT_EQ((WPARAM)'A', s_Calls[1].wParam);
     EXPECT_EQ(0x001E0001, s_Calls[1].lParam);
     EXPECT_LT(GetKeyState('A'), 0);
@@ -115,9 +115,9 @@ TEST_F(PlatformKeyState, HooksOfOtherKindsAreRefused)
 
 TEST_F(PlatformKeyState, SidesTogetherAndToggles)
 {
-    const auto Key = [this](int lKey, bool bDown)
+    const auto Key = [this](int nKey, bool bDown)
     {
-        FaceKey(lKey, bDown, 0);
+        FaceKey(nKey, bDown, 0);
         Run();
     };
     Key(VK_RSHIFT, true);
@@ -129,16 +129,16 @@ TEST_F(PlatformKeyState, SidesTogetherAndToggles)
     EXPECT_LT(GetKeyState(VK_SHIFT), 0) << "the left one is down";
     Key(VK_LSHIFT, false);
     EXPECT_GE(GetKeyState(VK_SHIFT), 0);
-    for (const int lKey : { (int)VK_CAPITAL, (int)VK_NUMLOCK, (int)'X' })
+    for (const int nKey : { (int)VK_CAPITAL, (int)VK_NUMLOCK, (int)'X' })
     {
-        Key(lKey, true);
-        Key(lKey, true); // held
-        EXPECT_EQ(1, GetKeyState(lKey) & 1);
-        Key(lKey, false);
-        EXPECT_EQ(1, GetKeyState(lKey));
-        Key(lKey, true);
-        Key(lKey, false);
-        EXPECT_EQ(0, GetKeyState(lKey));
+        Key(nKey, true);
+        Key(nKey, true); // held
+        EXPECT_EQ(1, GetKeyState(nKey) & 1);
+        Key(nKey, false);
+        EXPECT_EQ(1, GetKeyState(nKey));
+        Key(nKey, true);
+        Key(nKey, false);
+        EXPECT_EQ(0, GetKeyState(nKey));
     }
     FaceMovePointer(5, 5);
     FaceButton(VK_RBUTTON, true);

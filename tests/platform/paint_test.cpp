@@ -122,10 +122,10 @@ TEST_F(PlatformPaint, SizeAndExposureBringThePictureBack)
     EXPECT_EQ(0x5A0000u, ShownPixel(hWnd, 99, 99));
     FaceResize(hWnd, 150, 120);
     Run();
-    int lWidth, lHeight;
-    ASSERT_NE(nullptr, FaceShownPixels(hWnd, &lWidth, &lHeight));
-    EXPECT_EQ(150, lWidth);
-    EXPECT_EQ(120, lHeight);
+    int nWidth, nHeight;
+    ASSERT_NE(nullptr, FaceShownPixels(hWnd, &nWidth, &nHeight));
+    EXPECT_EQ(150, nWidth);
+    EXPECT_EQ(120, nHeight);
     EXPECT_EQ(0x5A0000u, ShownPixel(hWnd, 99, 99));
     EXPECT_EQ(0u, ShownPixel(hWnd, 100, 100)) << "the background is black";
 }

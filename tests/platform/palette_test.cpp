@@ -10,7 +10,7 @@ class PlatformPalette : public CFaceTest
 protected:
     PlatformPalette()
     {
-        m_Desktop.lDepth = 8;
+        m_Desktop.nDepth = 8;
         FaceSetDesktop(&m_Desktop);
     }
 
@@ -52,7 +52,7 @@ TEST_F(PlatformPalette, DeviceTellsOfIt)
     EXPECT_TRUE(GetDeviceCaps(hDC, RASTERCAPS) & RC_PALETTE);
     EXPECT_EQ(20, GetDeviceCaps(hDC, NUMCOLORS));
     EXPECT_EQ(256, GetDeviceCaps(hDC, SIZEPALETTE));
-    m_Desktop.lDepth = 32;
+    m_Desktop.nDepth = 32;
     FaceSetDesktop(&m_Desktop);
     EXPECT_EQ(32, GetDeviceCaps(hDC, BITSPIXEL));
     EXPECT_FALSE(GetDeviceCaps(hDC, RASTERCAPS) & RC_PALETTE);

@@ -127,8 +127,8 @@ TEST_P(PlatformKeys, BecomeMessages)
 {
     const TKeyCase &c = GetParam();
     OpenShown(WS_POPUP, 0, 0, 100, 100);
-    for (const auto &[lKey, bDown] : c.keys)
-        FaceKey(lKey, bDown, lKey == 'A' && bDown ? 'a' : 0);
+    for (const auto &[nKey, bDown] : c.keys)
+        FaceKey(nKey, bDown, nKey == 'A' && bDown ? 'a' : 0);
     Run();
     std::string strLog;
     MSG last = {};

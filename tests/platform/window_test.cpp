@@ -61,7 +61,7 @@ struct TStyleCase
 {
     const char *pszName;
     DWORD ulStyle;
-    int lSide, lTop;
+    int nSide, nTop;
 };
 
 class PlatformFrame : public CFaceTest, public testing::WithParamInterface<TStyleCase>
@@ -78,11 +78,11 @@ TEST_P(PlatformFrame, MetricsAndStylesAgree)
     RECT rc;
     GetClientRect(hWnd, &rc);
     EXPECT_EQ("0,0,1,1", Text(rc)) << "a style takes effect with the next change of size";
-    SetWindowPos(hWnd, nullptr, 20, 30, 320 + 2 * c.lSide, 200 + c.lTop + c.lSide, 0);
+    SetWindowPos(hWnd, nullptr, 20, 30, 320 + 2 * c.nSide, 200 + c.nTop + c.nSide, 0);
     GetClientRect(hWnd, &rc);
     EXPECT_EQ("0,0,320,200", Text(rc));
-    EXPECT_EQ(20 + c.lSide, ClientCorner(hWnd).x);
-    EXPECT_EQ(30 + c.lTop, ClientCorner(hWnd).y);
+    EXPECT_EQ(20 + c.nSide, ClientCorner(hWnd).x);
+    EXPECT_EQ(30 + c.nTop, ClientCorner(hWnd).y);
     ASSERT_FALSE(m_Messages.empty());
     for (const MSG &msg : m_Messages)
         if (msg.message == WM_SIZE)
@@ -100,12 +100,12 @@ TEST_F(PlatformWindow, MetricsAreThoseOfTheFrames)
 {
     const struct
     {
-        int lIndex, lValue;
+        int nIndex, lValue;
     } cases[] = { { SM_CXSCREEN, 800 },   { SM_CYSCREEN, 600 },   { SM_CYCAPTION, 23 },
                   { SM_CXFIXEDFRAME, 4 }, { SM_CXFRAME, 4 },      { SM_CYFIXEDFRAME, 4 },
                   { SM_CYFRAME, 4 },      { SM_MOUSEPRESENT, 1 }, { 9999, 0 } };
     for (const auto &c : cases)
-        EXPECT_EQ(c.lValue, GetSystemMetrics(c.lIndex)) << c.lIndex;
+        EXPECT_EQ(c.lValue, GetSystemMetrics(c.nIndex)) << c.nIndex;
 }
 
 TEST_F(PlatformWindow, PositionFlagsLeaveOutWhatTheySay)

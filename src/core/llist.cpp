@@ -1,6 +1,7 @@
 #include "tarvix/llist.h"
 
 #include "core/nodepool.h"
+#include "core/walk.h"
 #include "tarvix/globals.h"
 
 #include <string.h>
@@ -210,6 +211,12 @@ short CLList::ItemExists(void *pItem)
 
 void CLList::Unlink(CNode *pNode)
 {
+    if (CListWalk::IsAny())
+        CListWalk::OnLeave(pNode, pNode);
+    // A cursor that was kept on this node comes back past the end.
+    for (xlong l = 0; l < m_lStackDepth; ++l)
+        if (m_aStack[l].pNode == pNode)
+            m_aStack[l].pNode = nullptr;
     if (pNode->pPrev)
         pNode->pPrev->pNext = pNode->pNext;
     else
@@ -265,6 +272,8 @@ CNode *CLList::RemoveNode()
 
 void CLList::KillAll()
 {
+    if (CListWalk::IsAny())
+        CListWalk::OnClear(*this);
     for (CNode *pNode = m_pFirst; pNode;)
     {
         CNode *pNext = pNode->pNext;
@@ -299,6 +308,8 @@ xlong CLList::MoveFirst(xlong lCount)
         Next();
     CNode *pRunEnd = m_pCurr;
     Pop();
+    if (CListWalk::IsAny())
+        CListWalk::OnLeave(pRun, pRunEnd);
 
     pBefore->pNext = pRunEnd->pNext;
     if (pRunEnd->pNext)

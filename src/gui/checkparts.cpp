@@ -116,16 +116,19 @@ int FollowCheckMouse(const TCheckParts &parts, xlong lX, xlong lY, xparam lButto
     const bool bHeld = IsLeftOnly(lButtons);
     if (!IsInside(control.m_rMouseArea, lX, lY))
     {
-        if (control.m_lPressMode != 2 && !bHeld)
-            parts.bClickDone = control.m_lPressMode = 0;
+        if (control.m_lPressMode != PRESS_HOTKEY && !bHeld)
+        {
+            parts.bClickDone = 0;
+            control.m_lPressMode = PRESS_IDLE;
+        }
         return CHECK_PASSED;
     }
-    if (control.m_lPressMode == 0 && !bHeld)
+    if (control.m_lPressMode == PRESS_IDLE && !bHeld)
     {
-        control.m_lPressMode = 1;
+        control.m_lPressMode = PRESS_ARMED;
         return CHECK_ARMED;
     }
-    if (control.m_lPressMode != 1)
+    if (control.m_lPressMode != PRESS_ARMED)
         return CHECK_HELD;
     if (!bHeld)
     {

@@ -1,5 +1,6 @@
 #include "gui/cntrlanim.h"
 
+#include "core/walk.h"
 #include "gui/look.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
@@ -113,10 +114,8 @@ TAnimNext *ChooseNext(TAnimLine &line)
 {
     TAnimNext *pForced = nullptr;
     xlong lCandidates = 0;
-    CLList &next = line.NextList;
-    for (next.First(); next.Exists(); next.Next())
+    for (TAnimNext *pNext : Each<TAnimNext>(line.NextList))
     {
-        TAnimNext *const pNext = (TAnimNext *)next.Get();
         if (!MayGo(pNext->lWaitTrue, pNext->lWaitFalse))
             continue;
         ++lCandidates;
@@ -126,23 +125,17 @@ TAnimNext *ChooseNext(TAnimLine &line)
     if (pForced || !lCandidates)
         return pForced;
     xlong lPlace = (xlong)xRand((xulong)lCandidates);
-    for (next.First(); next.Exists(); next.Next())
-    {
-        TAnimNext *const pNext = (TAnimNext *)next.Get();
+    for (TAnimNext *pNext : Each<TAnimNext>(line.NextList))
         if (MayGo(pNext->lWaitTrue, pNext->lWaitFalse) && !lPlace--)
             return pNext;
-    }
     return nullptr;
 }
 
 TAnimLine *FindLine(CLList &lines, const char *pszName)
 {
-    for (lines.First(); lines.Exists(); lines.Next())
-    {
-        TAnimLine *const pLine = (TAnimLine *)lines.Get();
+    for (TAnimLine *pLine : Each<TAnimLine>(lines))
         if (xStricmp(pLine->pszName, pszName) == 0)
             return pLine;
-    }
     return nullptr;
 }
 
@@ -151,6 +144,83 @@ void FreeLine(TAnimLine *pLine)
 {
     pLine->NextList.KillAllData();
     XDELETE(pLine);
+}
+
+void FreeLines(CLList &lines)
+{
+    for (TAnimLine *pLine : Each<TAnimLine>(lines))
+        FreeLine(pLine);
+    lines.KillAll();
+}
+
+// What runs in one state of a control.
+struct TLineRun
+{
+    CControlBase &control;
+    CBitmap *&pBitmap;
+    TCntrlAnim *&pAnim;
+    TAnimLine *&pLine;
+    CLList *pLines;
+    TPMode &mode;
+    xlong lAnimFlag;
+};
+
+// Of the first state, whichever runs: that is how lines are meant.
+void SetOnce(TPMode &mode)
+{
+    mode.lMode[0] = ANIM_ONCE;
+    mode.lDirection[0] = 0;
+}
+
+void BeginPlay(const TLineRun &run)
+{
+    run.pLine->lStep = LINE_AFTER_BEGIN;
+    if (!run.pLine->pAnim)
+        return;
+    run.pAnim = run.pLine->pAnim;
+    run.pAnim->First();
+    run.pBitmap = run.pAnim->pSheet ? nullptr : (CBitmap *)run.pAnim->Get();
+    run.control.SetFlag(run.lAnimFlag);
+    run.control.AddTimer(run.pAnim->ulDelay);
+    SetOnce(run.mode);
+    run.pLine->lStep = LINE_PLAY;
+}
+
+void EndPlayed(const TLineRun &run)
+{
+    if (run.pAnim && run.pAnim->Exists() && run.pAnim->m_pCurr != run.pAnim->m_pLast)
+        return;
+    if (run.pAnim)
+    {
+        run.control.RemoveTimer(run.pAnim->ulDelay);
+        run.pAnim->First();
+    }
+    run.pAnim = nullptr;
+    run.control.RemoveFlag(run.lAnimFlag);
+    SetOnce(run.mode);
+    run.pLine->lStep = LINE_AFTER_BEGIN;
+}
+
+// Goes on with a successor. Where it is "End" or unknown, all lines go and none runs any more.
+void GoOn(const TLineRun &run)
+{
+    const TAnimNext *const pNext = ChooseNext(*run.pLine);
+    if (!pNext)
+        return;
+    const bool bEnd = xStricmp(pNext->pszName, "End") == 0;
+    if (TAnimLine *pFound = run.pLines && !bEnd ? FindLine(*run.pLines, pNext->pszName) : nullptr)
+    {
+        SetVariables(pNext->lSetTrue, pNext->lSetFalse);
+        run.pLine = pFound;
+        run.pLine->lStep = LINE_SET;
+        return;
+    }
+    if (!bEnd)
+        xErrorTxt("Unable to find any animation matching the name");
+    run.pAnim = nullptr;
+    run.pLine = nullptr;
+    if (run.pLines)
+        FreeLines(*run.pLines);
 }
 } // namespace
 
@@ -200,8 +270,7 @@ void FreeAnimLines(CControlBase &control)
         CLList *&pLines = control.m_Look.m_pAnimLines[n];
         if (!pLines)
             continue;
-        for (pLines->First(); pLines->Exists(); pLines->Next())
-            FreeLine((TAnimLine *)pLines->Get());
+        FreeLines(*pLines);
         XDELETE(pLines);
         pLines = nullptr;
     }
@@ -334,6 +403,7 @@ xlong CControlBase::SetAnimLine_GetObj_VariableSetFalse(char *pszName)
 void CControlBase::AnimLineHandler(CBitmap *&pBitmap, TCntrlAnim *&pAnim, TAnimLine *&pLine, CLList *pLines,
                                    TPMode &Mode, xlong lAnimFlag)
 {
+    const TLineRun run = { *this, pBitmap, pAnim, pLine, pLines, Mode, lAnimFlag };
     for (int nPass = 0; nPass < LINE_PASSES; ++nPass)
     {
         if (!pLine && pLines && pLines->First())
@@ -363,34 +433,10 @@ void CControlBase::AnimLineHandler(CBitmap *&pBitmap, TCntrlAnim *&pAnim, TAnimL
                 pLine->lStep = LINE_PLAY_BEGIN;
             break;
         case LINE_PLAY_BEGIN:
-            pLine->lStep = LINE_AFTER_BEGIN;
-            if (pLine->pAnim)
-            {
-                pAnim = pLine->pAnim;
-                pAnim->First();
-                pBitmap = pAnim->pSheet ? nullptr : (CBitmap *)pAnim->Get();
-                SetFlag(lAnimFlag);
-                AddTimer(pAnim->ulDelay);
-                // Of the first state, whichever runs: that is how lines are meant.
-                Mode.lMode[0] = ANIM_ONCE;
-                Mode.lDirection[0] = 0;
-                pLine->lStep = LINE_PLAY;
-            }
+            BeginPlay(run);
             break;
         case LINE_PLAY:
-            if (!pAnim || !pAnim->Exists() || pAnim->m_pCurr == pAnim->m_pLast)
-            {
-                if (pAnim)
-                {
-                    RemoveTimer(pAnim->ulDelay);
-                    pAnim->First();
-                }
-                pAnim = nullptr;
-                RemoveFlag(lAnimFlag);
-                Mode.lMode[0] = ANIM_ONCE;
-                Mode.lDirection[0] = 0;
-                pLine->lStep = LINE_AFTER_BEGIN;
-            }
+            EndPlayed(run);
             break;
         case LINE_AFTER_BEGIN:
             BeginDelay(*pLine, pLine->ulAfterMin, pLine->ulAfterMax, LINE_AFTER, LINE_NEXT);
@@ -400,32 +446,10 @@ void CControlBase::AnimLineHandler(CBitmap *&pBitmap, TCntrlAnim *&pAnim, TAnimL
                 pLine->lStep = LINE_NEXT;
             break;
         case LINE_NEXT:
-            if (const TAnimNext *pNext = ChooseNext(*pLine))
-            {
-                TAnimLine *const pFound =
-                    pLines && xStricmp(pNext->pszName, "End") != 0 ? FindLine(*pLines, pNext->pszName) : nullptr;
-                if (pFound)
-                {
-                    SetVariables(pNext->lSetTrue, pNext->lSetFalse);
-                    pLine = pFound;
-                    pLine->lStep = LINE_SET;
-                    break;
-                }
-                if (xStricmp(pNext->pszName, "End") != 0)
-                    xErrorTxt("Unable to find any animation matching the name");
-                pAnim = nullptr;
-                pLine = nullptr;
-                if (pLines)
-                {
-                    for (pLines->First(); pLines->Exists(); pLines->Next())
-                        FreeLine((TAnimLine *)pLines->Get());
-                    pLines->KillAll();
-                }
-                return;
-            }
+            GoOn(run);
             break;
         }
-        if (pLine == pOldLine && pLine->lStep == lOldStep)
+        if (!pLine || (pLine == pOldLine && pLine->lStep == lOldStep))
             return;
     }
 }

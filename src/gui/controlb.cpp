@@ -130,7 +130,7 @@ void FreeOwnText(CControlBase &control)
 
 CControlBase::CControlBase()
     : m_pszText(nullptr), m_bMouseOver(0), m_lID(0), m_lWindowID(0), m_pWindow(nullptr), m_lX(0), m_lY(0), m_lWidth(0),
-      m_lHeight(0), m_sHotkey(0), m_lFlags(0), m_lPressMode(0), m_bHighlightIfInactive(0), m_bOwnBuffer(0),
+      m_lHeight(0), m_sHotkey(0), m_lFlags(0), m_lPressMode(PRESS_IDLE), m_bHighlightIfInactive(0), m_bOwnBuffer(0),
       m_lBufferSize(0), m_lSavedState(XGUI_NO_STATE), m_bDirty(0), m_Look(), m_bVisibleFlag(1), m_lMsgSystem(0),
       m_lState(XGUI_RELEASED), m_lNextState(XGUI_RELEASED), m_lPageDone(), m_pCursor(nullptr), m_lClipCount(0)
 {
@@ -182,11 +182,11 @@ void CControlBase::Copy(CControlBase *pFrom)
 
 void CControlBase::LoseHotKey()
 {
-    if (m_lPressMode != 2)
+    if (m_lPressMode != PRESS_HOTKEY)
         return;
     m_lNextState = XGUI_RELEASED;
     Tell(*this, XGUIMSG_RELEASED);
-    m_lPressMode = 0;
+    m_lPressMode = PRESS_IDLE;
 }
 
 xlong CControlBase::SetFont(CFont *pFont, const TRGBA *pColor)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "gui/look.h"
+#include "gui/press.h"
 #include "tarvix/globals.h"
 #include "tarvix/winctrl.h"
 
@@ -20,7 +21,7 @@ inline void BeginCreate(CControlBase &control, xlong lID, char *pszText, const T
     control.m_sHotkey = sHotkey;
     control.m_Look.m_lBevel = lBevel;
     control.m_Look.m_lBitmapX = control.m_Look.m_lBitmapY = 0;
-    control.m_lPressMode = 0;
+    control.m_lPressMode = PRESS_IDLE;
     control.m_rMouseArea.SetXYWH(place.lX, place.lY, place.lWidth, place.lHeight);
     if (glb->m_pWinCtrl)
         control.m_Look.m_pFont = glb->m_pWinCtrl->m_pDefFont;

@@ -1,40 +1,33 @@
 #include "tarvix/groupbox.h"
 
+#include "core/walk.h"
 #include "gui/create.h"
 #include "gui/press.h"
 #include "tarvix/error.h"
 #include "tarvix/radiobutton.h"
 
-namespace
-{
-CRadiobutton *RadioOf(const CNode *pNode)
-{
-    return (CRadiobutton *)pNode->pData;
-}
-} // namespace
-
 CGroupbox::CGroupbox() = default;
 
 CGroupbox::~CGroupbox()
 {
-    for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
-        RadioOf(pNode)->m_pGroup = nullptr;
+    for (CRadiobutton *pRadio : Each<CRadiobutton>(m_Radios))
+        pRadio->m_pGroup = nullptr;
 }
 
 xlong CGroupbox::SetPos(xlong lX, xlong lY)
 {
     const xlong lMoveX = lX - m_lX, lMoveY = lY - m_lY;
     CControlBase::SetPos(lX, lY);
-    for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
-        RadioOf(pNode)->SetPos(RadioOf(pNode)->m_lX + lMoveX, RadioOf(pNode)->m_lY + lMoveY);
+    for (CRadiobutton *pRadio : Each<CRadiobutton>(m_Radios))
+        pRadio->SetPos(pRadio->m_lX + lMoveX, pRadio->m_lY + lMoveY);
     return 1;
 }
 
 xlong CGroupbox::SetParent(xlong lWindowID, CWindowBase *pWindow)
 {
     CControlBase::SetParent(lWindowID, pWindow);
-    for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
-        RadioOf(pNode)->SetParent(lWindowID, pWindow, this);
+    for (CRadiobutton *pRadio : Each<CRadiobutton>(m_Radios))
+        pRadio->SetParent(lWindowID, pWindow, this);
     return 1;
 }
 
@@ -45,22 +38,22 @@ xlong CGroupbox::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, voi
     switch (lMsg)
     {
     case XGUIMSG_KEY:
-        for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
-            RadioOf(pNode)->GuiMsgHandler(lMsg, lP1, lP2, lP3, pData);
+        for (CListWalk walk(m_Radios); CRadiobutton *pRadio = walk.Next<CRadiobutton>();)
+            pRadio->GuiMsgHandler(lMsg, lP1, lP2, lP3, pData);
         return DecorKey(*this, lP3);
     case XGUIMSG_MOUSE:
-        for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
-            if (RadioOf(pNode)->GuiMsgHandler(lMsg, lP1, lP2, lP3, pData) == 1)
+        for (CListWalk walk(m_Radios); CRadiobutton *pRadio = walk.Next<CRadiobutton>();)
+            if (pRadio->GuiMsgHandler(lMsg, lP1, lP2, lP3, pData) == 1)
             {
-                m_pCursor = RadioOf(pNode)->m_pCursor;
+                m_pCursor = pRadio->m_pCursor;
                 return 1;
             }
         TakeCursor(*this, &CWinCtrl::m_ulCursorDefault);
         return DecorMouse(*this, lP1, lP2, lP3);
     case XGUIMSG_RADIOSELECT:
-        for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
-            if (RadioOf(pNode)->m_lID != lP2)
-                RadioOf(pNode)->GuiMsgHandler(XGUIMSG_UNCHECKED, 0, 0, 0, nullptr);
+        for (CListWalk walk(m_Radios); CRadiobutton *pRadio = walk.Next<CRadiobutton>();)
+            if (pRadio->m_lID != lP2)
+                pRadio->GuiMsgHandler(XGUIMSG_UNCHECKED, 0, 0, 0, nullptr);
         return 1;
     }
     return 0;
@@ -73,8 +66,8 @@ xlong CGroupbox::Draw(xlong lX, xlong lY, xlong lPage)
     if (m_lState == XGUI_HIDDEN)
         return 1;
     DrawControlText(*this, DrawPanel(*this, PlaceOf(*this, lX, lY), LookOf(m_lState), 0), 0);
-    for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
-        RadioOf(pNode)->Draw(lX, lY, lPage);
+    for (CRadiobutton *pRadio : Each<CRadiobutton>(m_Radios))
+        pRadio->Draw(lX, lY, lPage);
     return CControlBase::Draw(lX, lY, lPage);
 }
 
@@ -83,8 +76,8 @@ xlong CGroupbox::Validate()
     for (xlong &lDone : m_lPageDone)
     {
         lDone = 0;
-        for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
-            RadioOf(pNode)->Validate();
+        for (CRadiobutton *pRadio : Each<CRadiobutton>(m_Radios))
+            pRadio->Validate();
     }
     return 1;
 }
@@ -97,25 +90,25 @@ xlong CGroupbox::Validate(CRect *pArea, xlong lIndex)
 void CGroupbox::ClearClipListIndex()
 {
     CControlBase::ClearClipListIndex();
-    for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
-        RadioOf(pNode)->ClearClipListIndex();
+    for (CRadiobutton *pRadio : Each<CRadiobutton>(m_Radios))
+        pRadio->ClearClipListIndex();
 }
 
 xlong CGroupbox::GetSelected()
 {
-    for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
-        if (RadioOf(pNode)->GetState() == XGUI_CHECKED)
-            return RadioOf(pNode)->GetID();
+    for (CRadiobutton *pRadio : Each<CRadiobutton>(m_Radios))
+        if (pRadio->GetState() == XGUI_CHECKED)
+            return pRadio->GetID();
     return -1;
 }
 
 xlong CGroupbox::SetSelected(xlong lID)
 {
     xlong lFound = 0;
-    for (const CNode *pNode = m_Radios.m_pFirst; pNode; pNode = pNode->pNext)
+    for (CListWalk walk(m_Radios); CRadiobutton *pRadio = walk.Next<CRadiobutton>();)
     {
-        const bool bThis = RadioOf(pNode)->GetID() == lID;
-        RadioOf(pNode)->SetState(bThis ? XGUI_CHECKED : XGUI_UNCHECKED);
+        const bool bThis = pRadio->GetID() == lID;
+        pRadio->SetState(bThis ? XGUI_CHECKED : XGUI_UNCHECKED);
         lFound |= bThis;
     }
     return lFound;

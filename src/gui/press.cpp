@@ -10,12 +10,6 @@
 
 namespace
 {
-enum
-{
-    PRESS_IDLE,
-    PRESS_ARMED,
-    PRESS_HOTKEY
-};
 xlong ButtonKey(CControlBase &control, xparam lP3)
 {
     switch (TakeHotKey(control, lP3))

@@ -3,12 +3,20 @@
 
 #include "tarvix/control.h"
 
+/// Values of m_lPressMode.
+enum
+{
+    PRESS_IDLE,
+    PRESS_ARMED, ///< the pointer came in with the button up: a press belongs to the control
+    PRESS_HOTKEY ///< the hot key is held
+};
+
 /// What a key message does to a control.
 enum
 {
     HOTKEY_NONE,
-    HOTKEY_DOWN, ///< m_lPressMode is 2 now
-    HOTKEY_UP    ///< the held key was let go; m_lPressMode is 0
+    HOTKEY_DOWN, ///< m_lPressMode is PRESS_HOTKEY now
+    HOTKEY_UP    ///< the held key was let go; m_lPressMode is PRESS_IDLE
 };
 
 /// Tests a key message for the control's hot key.

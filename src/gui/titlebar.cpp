@@ -175,19 +175,19 @@ xlong CTitlebar::MouseMessage(xlong lX, xlong lY, xparam lP3)
     xlong lResult = 0;
     if (m_pClose && m_pClose->GuiMsgHandler(XGUIMSG_MOUSE, lX, lY, lP3, nullptr) == 1)
     {
-        m_lPressMode = 0;
+        m_lPressMode = PRESS_IDLE;
         lResult = 1;
         bInside = false;
     }
     if (bInside)
     {
-        if (m_lPressMode == 0 && !bHeld)
+        if (m_lPressMode == PRESS_IDLE && !bHeld)
         {
-            m_lPressMode = 1;
+            m_lPressMode = PRESS_ARMED;
             Invalidate();
             return 0;
         }
-        if (m_lPressMode == 1)
+        if (m_lPressMode == PRESS_ARMED)
         {
             if (bHeld)
             {
@@ -199,7 +199,7 @@ xlong CTitlebar::MouseMessage(xlong lX, xlong lY, xparam lP3)
             return 1;
         }
     }
-    else if (m_lPressMode != 2)
+    else if (m_lPressMode != PRESS_HOTKEY)
     {
         // The drag stays alive while the pointer outruns the bar.
         if (m_lState == XGUI_PRESSED)
@@ -209,9 +209,9 @@ xlong CTitlebar::MouseMessage(xlong lX, xlong lY, xparam lP3)
         }
         if (!bHeld)
         {
-            if (m_lPressMode)
+            if (m_lPressMode != PRESS_IDLE)
                 EndDrag();
-            m_lPressMode = 0;
+            m_lPressMode = PRESS_IDLE;
         }
     }
     Invalidate();

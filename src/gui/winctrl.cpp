@@ -1,7 +1,7 @@
 #include "tarvix/winctrl.h"
 
 #include "core/msgsys.h"
-#include "gui/cursors.h"
+#include "core/walk.h"
 #include "input/paste.h"
 #include "screens/screenhooks.h"
 #include "tarvix/bitmap.h"
@@ -55,24 +55,6 @@ xlong Store(T **ppTo, T *pReleased, T *pPressed, T *pHighlight, T *pDisabled)
     return 1;
 }
 
-// Keeps the cursor of a list that callers may be walking.
-class TKeepCursor
-{
-public:
-    explicit TKeepCursor(CLList &list) : m_List(list), m_lPushed(list.Push()) {}
-    ~TKeepCursor()
-    {
-        if (m_lPushed)
-            m_List.Pop();
-    }
-    TKeepCursor(const TKeepCursor &) = delete;
-    TKeepCursor &operator=(const TKeepCursor &) = delete;
-
-private:
-    CLList &m_List;
-    xlong m_lPushed;
-};
-
 void RemapDefaultsOfGlobals()
 {
     if (glb->m_pWinCtrl)
@@ -88,11 +70,6 @@ void PasteIntoWindows(char *pszText)
 bool IsHidden(const CWindowBase &window)
 {
     return (window.m_lFlags & XWIN_HIDDEN) != 0;
-}
-
-CWindowBase *WindowOf(const CNode *pNode)
-{
-    return ((TWinEntry *)pNode->pData)->pWindow;
 }
 
 CWindowBase *Current(CLList &windows)
@@ -137,10 +114,10 @@ xlong CountGroup(CLList &windows, CWindowBase *&pLast)
     while (windows.m_pCurr->pPrev && !(Current(windows)->m_lFlags & XWIN_ZORDERFIRST))
         windows.Prev();
     xlong lCount = 1;
-    const CNode *pNode = windows.m_pCurr;
-    for (; !(WindowOf(pNode)->m_lFlags & XWIN_ZORDERLAST) && pNode->pNext; pNode = pNode->pNext)
+    const TKeepCursor keep(windows);
+    for (; !(Current(windows)->m_lFlags & XWIN_ZORDERLAST) && windows.m_pCurr->pNext; windows.Next())
         ++lCount;
-    pLast = WindowOf(pNode);
+    pLast = Current(windows);
     return lCount;
 }
 
@@ -270,9 +247,8 @@ xlong CWinCtrl::TakeWindow(CWindowBase *pWindow)
 
 xlong CWinCtrl::RemoveAll()
 {
-    for (m_Windows.First(); m_Windows.Exists(); m_Windows.Next())
-        XDELETE((TWinEntry *)m_Windows.Get());
-    EndWalksOn(m_Windows, nullptr);
+    for (TWinEntry *pEntry : Each<TWinEntry>(m_Windows))
+        XDELETE(pEntry);
     m_Windows.KillAll();
     return 1;
 }
@@ -286,10 +262,10 @@ xlong CWinCtrl::SendMessageA(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, void 
 {
     const TKeepCursor keep(m_Windows);
     if (lMsg == XGUIMSG_PASTE)
-        for (m_Windows.First(); m_Windows.Exists(); m_Windows.Next())
-            if (Current(m_Windows)->m_bActive)
+        for (TWinEntry *pEntry : Each<TWinEntry>(m_Windows))
+            if (pEntry->pWindow->m_bActive)
             {
-                Current(m_Windows)->GuiMsgHandler(lMsg, lP1, lP2, lP3, pData);
+                pEntry->pWindow->GuiMsgHandler(lMsg, lP1, lP2, lP3, pData);
                 return 1;
             }
     if (lMsg == XGUIMSG_TOFRONT)
@@ -301,38 +277,36 @@ xlong CWinCtrl::SendMessageA(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, void 
         Current(m_Windows)->GuiMsgHandler(lMsg, lP1, lP2, lP3, pData);
         return 1;
     }
-    for (const CNode *pNode = m_Windows.m_pFirst; pNode; pNode = pNode->pNext)
-    {
-        const TWinEntry entry = *(TWinEntry *)pNode->pData;
-        if (entry.pWindow->m_lID != lP1 || !entry.pfnCallback)
-            continue;
-        entry.pfnCallback(lMsg, lP1, lP2, lP3, pData ? pData : entry.pUser);
-        return 1;
-    }
+    for (TWinEntry *pEntry : Each<TWinEntry>(m_Windows))
+        if (pEntry->pWindow->m_lID == lP1 && pEntry->pfnCallback)
+        {
+            pEntry->pfnCallback(lMsg, lP1, lP2, lP3, pData ? pData : pEntry->pUser);
+            return 1;
+        }
     return 0;
 }
 
 xlong CWinCtrl::Validate()
 {
-    for (const CNode *pNode = m_Windows.m_pLast; pNode; pNode = pNode->pPrev)
-        WindowOf(pNode)->Validate();
+    for (TWinEntry *pEntry : EachBack<TWinEntry>(m_Windows))
+        pEntry->pWindow->Validate();
     return 1;
 }
 
 xlong CWinCtrl::Validate(CRect *pArea, xlong lIndex)
 {
-    for (const CNode *pNode = m_Windows.m_pLast; pNode; pNode = pNode->pPrev)
-        if (!IsHidden(*WindowOf(pNode)))
-            WindowOf(pNode)->Validate(pArea, lIndex);
+    for (TWinEntry *pEntry : EachBack<TWinEntry>(m_Windows))
+        if (!IsHidden(*pEntry->pWindow))
+            pEntry->pWindow->Validate(pArea, lIndex);
     return 1;
 }
 
 void CWinCtrl::PrintWinList()
 {
     xprintf(nullptr, 0, nullptr, 0, "\nWindowList\n");
-    for (const CNode *pNode = m_Windows.m_pFirst; pNode; pNode = pNode->pNext)
-        xprintf(nullptr, 0, nullptr, 0, "win %ld: %lx\n", (long)WindowOf(pNode)->m_lID,
-                (long)WindowOf(pNode)->m_lFlags);
+    for (const TWinEntry *pEntry : Each<TWinEntry>(m_Windows))
+        xprintf(nullptr, 0, nullptr, 0, "win %ld: %lx\n", (long)pEntry->pWindow->m_lID,
+                (long)pEntry->pWindow->m_lFlags);
     xprintf(nullptr, 0, nullptr, 0, "--------------\n\n");
 }
 
@@ -433,9 +407,9 @@ void CWinCtrl::RemapDefaults()
 void CWinCtrl::GfxHandler()
 {
     const xlong lPage = glb->m_pScreen->m_lPage;
-    for (const CNode *pNode = m_Windows.m_pLast; pNode; pNode = pNode->pPrev)
-        if (!IsHidden(*WindowOf(pNode)))
-            WindowOf(pNode)->Draw(lPage);
+    for (CListWalk walk(m_Windows, true); TWinEntry *pEntry = walk.Next<TWinEntry>();)
+        if (!IsHidden(*pEntry->pWindow))
+            pEntry->pWindow->Draw(lPage);
 }
 
 xlong CWinCtrl::GuiMsgHandler()
@@ -481,14 +455,15 @@ void CWinCtrl::MouseStep()
 // From the front to the back; true when a window took a click.
 bool CWinCtrl::OfferMouse(xlong lX, xlong lY, signed char cButtons)
 {
-    xlong lIndex = 0;
-    for (m_Windows.First(); m_Windows.Exists(); m_Windows.Next(), ++lIndex)
+    xlong lIndex = -1;
+    for (CListWalk walk(m_Windows); TWinEntry *pEntry = walk.Next<TWinEntry>();)
     {
-        CWindowBase *const pWindow = Current(m_Windows);
+        ++lIndex;
+        CWindowBase *const pWindow = pEntry->pWindow;
         if (IsHidden(*pWindow) || pWindow->GuiMsgHandler(XGUIMSG_MOUSE, lX, lY, cButtons, nullptr) != 1)
             continue;
-        // Its callback may have taken the window out: then the cursor stands elsewhere.
-        if (Current(m_Windows) != pWindow)
+        // Its callback may have taken the window out.
+        if (!m_Windows.IsItemInList(pEntry))
             return IsClick(cButtons);
         if (pWindow->m_pMouseCntrl && !glb->m_pMouse->SetCursorCalled())
             ShowCursorOf(pWindow->m_pMouseCntrl, m_ulCursorDefault);
@@ -516,12 +491,11 @@ xlong CWinCtrl::KeyStep()
     // Without a focus in front, the windows that listen all the time hear it too.
     if (Current(m_Windows) != pFront || pFront->m_pFocus)
         return 1;
-    for (m_Windows.Next(); m_Windows.Exists(); m_Windows.Next())
-    {
-        CWindowBase *const pWindow = Current(m_Windows);
-        if (!IsHidden(*pWindow) && (pWindow->m_lFlags & XWIN_HIGHLIGHTIFINACTIVE))
-            pWindow->GuiMsgHandler(XGUIMSG_KEY, 0, 0, (xparam)&key, nullptr);
-    }
+    CListWalk walk(m_Windows);
+    walk.Next<TWinEntry>();
+    while (TWinEntry *pEntry = walk.Next<TWinEntry>())
+        if (!IsHidden(*pEntry->pWindow) && (pEntry->pWindow->m_lFlags & XWIN_HIGHLIGHTIFINACTIVE))
+            pEntry->pWindow->GuiMsgHandler(XGUIMSG_KEY, 0, 0, (xparam)&key, nullptr);
     return 1;
 }
 
@@ -553,13 +527,12 @@ xlong CWinCtrl::RemoveCurrent()
     const CRect &rcArea = pEntry->pWindow->m_rArea;
     if (glb->m_pScreen)
         glb->m_pScreen->AddClearAreaGui(rcArea.m_lLeft, rcArea.m_lTop, rcArea.m_lRight, rcArea.m_lBottom);
-    EndWalksOn(m_Windows, m_Windows.m_pCurr);
     const short sResult = m_Windows.Delete();
     XDELETE(pEntry);
-    for (const CNode *pNode = m_Windows.m_pFirst; pNode; pNode = pNode->pNext)
-        if (!(WindowOf(pNode)->m_lFlags & (XWIN_ZORDER | XWIN_ZORDERFIRST)))
+    for (TWinEntry *pEach : Each<TWinEntry>(m_Windows))
+        if (!(pEach->pWindow->m_lFlags & (XWIN_ZORDER | XWIN_ZORDERFIRST)))
         {
-            ToFront(WindowOf(pNode)->m_lID);
+            ToFront(pEach->pWindow->m_lID);
             break;
         }
     return sResult;
@@ -568,17 +541,12 @@ xlong CWinCtrl::RemoveCurrent()
 // Tells all windows which one is active now.
 void CWinCtrl::Activate(xlong lActiveID)
 {
-    const TKeepCursor keep(m_Windows);
-    for (m_Windows.First(); m_Windows.Exists(); m_Windows.Next())
-        Current(m_Windows)->GuiMsgHandler(XGUIMSG_ACTIVATE, lActiveID, 0, 1, nullptr);
+    for (CListWalk walk(m_Windows); TWinEntry *pEntry = walk.Next<TWinEntry>();)
+        pEntry->pWindow->GuiMsgHandler(XGUIMSG_ACTIVATE, lActiveID, 0, 1, nullptr);
 }
 
 void CWinCtrl::DeactivateAll()
 {
-    const TKeepCursor keep(m_Windows);
-    for (m_Windows.First(); m_Windows.Exists(); m_Windows.Next())
-    {
-        CWindowBase *const pWindow = Current(m_Windows);
-        pWindow->GuiMsgHandler(XGUIMSG_ACTIVATE, pWindow->m_lID, 0, 0, nullptr);
-    }
+    for (CListWalk walk(m_Windows); TWinEntry *pEntry = walk.Next<TWinEntry>();)
+        pEntry->pWindow->GuiMsgHandler(XGUIMSG_ACTIVATE, pEntry->pWindow->m_lID, 0, 0, nullptr);
 }

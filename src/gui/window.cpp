@@ -1,6 +1,6 @@
 #include "tarvix/window.h"
 
-#include "gui/cursors.h"
+#include "core/walk.h"
 #include "gui/press.h"
 #include "tarvix/button.h"
 #include "tarvix/control.h"
@@ -76,10 +76,8 @@ xlong CWindowBase::HideWindow()
 {
     m_lFlags |= XWIN_HIDDEN;
     Restore(m_rArea.m_lLeft, m_rArea.m_lTop, m_rArea.m_lRight, m_rArea.m_lBottom);
-    m_Cntrls.Push();
-    for (m_Cntrls.First(); m_Cntrls.Exists(); m_Cntrls.Next())
-        GetCntrl()->LoseHotKey();
-    m_Cntrls.Pop();
+    for (CListWalk walk(m_Cntrls); CControlBase *pCntrl = walk.Next<CControlBase>();)
+        pCntrl->LoseHotKey();
     return 1;
 }
 
@@ -181,10 +179,8 @@ xlong CWindowBase::RemoveFlag(xlong lFlags)
 xlong CWindowBase::SetID(xlong lID)
 {
     m_lID = lID;
-    m_Cntrls.Push();
-    for (m_Cntrls.First(); m_Cntrls.Exists(); m_Cntrls.Next())
-        GetCntrl()->SetParent(lID, this);
-    m_Cntrls.Pop();
+    for (CControlBase *pCntrl : Each<CControlBase>(m_Cntrls))
+        pCntrl->SetParent(lID, this);
     return 1;
 }
 
@@ -204,13 +200,8 @@ void CWindowBase::StaticWindowCntrls(int nStatic)
 xlong CWindowBase::SetFocus(CControlBase *pCntrl)
 {
     m_pFocus = pCntrl;
-    m_Cntrls.Push();
-    for (m_Cntrls.First(); m_Cntrls.m_pCurr; m_Cntrls.Next())
-    {
-        CControlBase *const pEach = (CControlBase *)m_Cntrls.m_pCurr->pData;
+    for (CListWalk walk(m_Cntrls); CControlBase *pEach = walk.Next<CControlBase>();)
         pEach->GuiMsgHandler(XGUIMSG_FOCUS, 0, 0, pEach == pCntrl, nullptr);
-    }
-    m_Cntrls.Pop();
     return 1;
 }
 
@@ -243,7 +234,6 @@ xlong CWindowBase::RemoveCntrl(CControlBase *pCntrl)
         m_pMouseCntrl = nullptr;
     if (!m_Cntrls.ItemExists(pCntrl))
         return 0;
-    EndWalksOn(m_Cntrls, m_Cntrls.m_pCurr);
     const xlong lResult = m_Cntrls.Delete();
     LoseParent(*pCntrl);
     return lResult;
@@ -253,9 +243,8 @@ xlong CWindowBase::RemoveAllCntrl()
 {
     m_pFocus = nullptr;
     m_pMouseCntrl = nullptr;
-    for (const CNode *pNode = m_Cntrls.m_pFirst; pNode; pNode = pNode->pNext)
-        LoseParent(*(CControlBase *)pNode->pData);
-    EndWalksOn(m_Cntrls, nullptr);
+    for (CControlBase *pCntrl : Each<CControlBase>(m_Cntrls))
+        LoseParent(*pCntrl);
     m_Cntrls.KillAll();
     return 1;
 }
@@ -318,10 +307,8 @@ xlong CWindowBase::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, v
     case XGUIMSG_ENABLE:
         if (lP1 == m_lID)
         {
-            m_Cntrls.Push();
-            for (m_Cntrls.First(); m_Cntrls.Exists(); m_Cntrls.Next())
-                GetCntrl()->SetState(lP3 == 1 ? XGUI_RELEASED : XGUI_DISABLED);
-            m_Cntrls.Pop();
+            for (CListWalk walk(m_Cntrls); CControlBase *pCntrl = walk.Next<CControlBase>();)
+                pCntrl->SetState(lP3 == 1 ? XGUI_RELEASED : XGUI_DISABLED);
         }
         return 0;
     case XGUIMSG_PASTE:
@@ -329,15 +316,12 @@ xlong CWindowBase::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, v
     }
     if (m_bStaticCntrls)
         return 0;
-    for (CNode *pNode = m_Cntrls.m_pFirst; pNode; pNode = pNode->pNext)
-    {
-        CControlBase *const pCntrl = (CControlBase *)pNode->pData;
+    for (CControlBase *pCntrl : Each<CControlBase>(m_Cntrls))
         if (pCntrl->GetID() == lP3)
         {
             pCntrl->GuiMsgHandler(lMsg, lP1, lP2, lP3, nullptr);
             return 1;
         }
-    }
     return 0;
 }
 
@@ -362,10 +346,8 @@ xlong CWindowBase::KeyMessage(xlong lP1, xlong lP2, xparam lP3, void *pData)
         m_pFocus->GuiMsgHandler(XGUIMSG_KEY, lP1, lP2, lP3, pData);
         return 1;
     }
-    m_Cntrls.Push();
-    for (m_Cntrls.First(); m_Cntrls.Exists(); m_Cntrls.Next())
-        GetCntrl()->GuiMsgHandler(XGUIMSG_KEY, lP1, lP2, lP3, pData);
-    m_Cntrls.Pop();
+    for (CListWalk walk(m_Cntrls); CControlBase *pCntrl = walk.Next<CControlBase>();)
+        pCntrl->GuiMsgHandler(XGUIMSG_KEY, lP1, lP2, lP3, pData);
     return 1;
 }
 
@@ -374,9 +356,8 @@ void CWindowBase::TabToNext(xlong lP1, xlong lP2, xparam lP3, void *pData)
     CControlBase *const pOld = m_pFocus;
     CControlBase *pFirst = nullptr;
     bool bPassed = false;
-    for (CNode *pNode = m_Cntrls.m_pFirst; pNode; pNode = pNode->pNext)
+    for (CControlBase *pCntrl : Each<CControlBase>(m_Cntrls))
     {
-        CControlBase *const pCntrl = (CControlBase *)pNode->pData;
         const bool bStop = (pCntrl->GetFlags() & CNTRL_TABSTOP) != 0;
         if (bStop && !pFirst)
             pFirst = pCntrl;
@@ -413,12 +394,9 @@ xlong CWindowBase::MouseMessage(xlong lX, xlong lY, xparam lP3, void *pData)
     m_pMouseCntrl = nullptr;
     if (m_bStaticCntrls)
         return lResult;
-    // On the list's own cursor: a callback may take controls out on the way.
-    m_Cntrls.Push();
     CRect rcArea;
-    for (m_Cntrls.Last(); m_Cntrls.m_pCurr; m_Cntrls.Prev())
+    for (CListWalk walk(m_Cntrls, true); CControlBase *pCntrl = walk.Next<CControlBase>();)
     {
-        CControlBase *const pCntrl = (CControlBase *)m_Cntrls.m_pCurr->pData;
         pCntrl->GetMouseArea(&rcArea);
         const xlong lAnswer = pCntrl->GuiMsgHandler(XGUIMSG_MOUSE, lX, lY, lP3, pData);
         if (!lAnswer)
@@ -429,7 +407,6 @@ xlong CWindowBase::MouseMessage(xlong lX, xlong lY, xparam lP3, void *pData)
         if (lAnswer == 2)
             break;
     }
-    m_Cntrls.Pop();
     return lResult;
 }
 
@@ -496,8 +473,8 @@ xlong CWindow::Draw(xlong lPage)
         DrawPieces(*m_pFrame, m_lX, m_lY, lPage);
     if ((m_lFlags & XWIN_TITLEBAR) && m_pTitlebar)
         DrawPieces(*m_pTitlebar, m_lX, m_lY, lPage);
-    for (CNode *pNode = m_Cntrls.m_pFirst; pNode; pNode = pNode->pNext)
-        DrawPieces(*(CControlBase *)pNode->pData, m_lX, m_lY, lPage);
+    for (CControlBase *pCntrl : Each<CControlBase>(m_Cntrls))
+        DrawPieces(*pCntrl, m_lX, m_lY, lPage);
     return 1;
 }
 
@@ -509,8 +486,8 @@ xlong CWindow::Validate()
         m_pTitlebar->Validate();
     if ((m_lFlags & XWIN_CLOSE) && m_pTitlebar && m_pTitlebar->m_pClose)
         m_pTitlebar->m_pClose->Validate();
-    for (CNode *pNode = m_Cntrls.m_pFirst; pNode; pNode = pNode->pNext)
-        ((CControlBase *)pNode->pData)->Validate();
+    for (CControlBase *pCntrl : Each<CControlBase>(m_Cntrls))
+        pCntrl->Validate();
     return 1;
 }
 
@@ -524,8 +501,8 @@ xlong CWindow::Validate(CRect *pArea, xlong lIndex)
         m_pFrame->Validate(&rcArea, lIndex);
     if (m_pTitlebar)
         m_pTitlebar->Validate(&rcArea, lIndex);
-    for (CNode *pNode = m_Cntrls.m_pFirst; pNode; pNode = pNode->pNext)
-        ((CControlBase *)pNode->pData)->Validate(&rcArea, lIndex);
+    for (CControlBase *pCntrl : Each<CControlBase>(m_Cntrls))
+        pCntrl->Validate(&rcArea, lIndex);
     return 1;
 }
 

@@ -1,5 +1,6 @@
 #include "tarvix/keyboard.h"
 
+#include "input/keyqueue.h"
 #include "input/paste.h"
 
 #include <string.h>
@@ -18,6 +19,23 @@ void SendPaste(char *pszText)
 {
     if (s_pfnPaste)
         s_pfnPaste(pszText);
+}
+
+bool QueueKey(CKeyboardBase &keyboard, unsigned short usKey, xlong lFlags)
+{
+    const short sNext = (short)((keyboard.m_sQueueWrite + 1) % CKeyboardBase::QUEUE_SLOTS);
+    if (sNext == keyboard.m_sQueueRead)
+        return false;
+    keyboard.m_aQueue[keyboard.m_sQueueWrite] = { usKey, lFlags };
+    keyboard.m_sQueueWrite = sNext;
+    return true;
+}
+
+void StoreKeyState(CKeyboardBase &keyboard, unsigned short usKey, xlong lState)
+{
+    unsigned char &ucState = keyboard.m_abKeys[usKey];
+    keyboard.m_sNumPressed += (short)((lState & CKeyboardBase::IS_DOWN) - (ucState & CKeyboardBase::IS_DOWN));
+    ucState = (unsigned char)lState;
 }
 
 CKeyboardBase::CKeyboardBase() : m_hHook(nullptr), m_abKeys(), m_aQueue()

@@ -1,5 +1,6 @@
 #include "tarvix/replay.h"
 
+#include "input/keyqueue.h"
 #include "input/paste.h"
 #include "input/replayhooks.h"
 #include "input/replaytext.h"
@@ -28,22 +29,6 @@ CReplay *s_pActive = nullptr;
 xlong Refuse(const char *pszName, xlong lLine, const char *pszText)
 {
     return glb->m_Error.SetErrorf("CReplay: %.500s, line %ld: %s", pszName, (long)lLine, pszText);
-}
-
-void QueueKey(CKeyboardBase &keyboard, xlong lKey, xlong lFlags)
-{
-    const short sNext = (short)((keyboard.m_sQueueWrite + 1) % CKeyboardBase::QUEUE_SLOTS);
-    if (sNext == keyboard.m_sQueueRead)
-        return;
-    keyboard.m_aQueue[keyboard.m_sQueueWrite] = { (unsigned short)lKey, lFlags };
-    keyboard.m_sQueueWrite = sNext;
-}
-
-void StoreState(CKeyboardBase &keyboard, xlong lKey, xlong lState)
-{
-    unsigned char &ucState = keyboard.m_abKeys[lKey];
-    keyboard.m_sNumPressed += (short)((lState & CKeyboardBase::IS_DOWN) - (ucState & CKeyboardBase::IS_DOWN));
-    ucState = (unsigned char)lState;
 }
 
 // The next line of a text that is cut up; null at its end.
@@ -453,11 +438,11 @@ void CReplay::Apply(const TReplayEvent &event)
         break;
     case REPLAY_KEY:
         if (pKeyboard)
-            QueueKey(*pKeyboard, plValues[0], plValues[1]);
+            QueueKey(*pKeyboard, (unsigned short)plValues[0], plValues[1]);
         break;
     case REPLAY_STATE:
         if (pKeyboard)
-            StoreState(*pKeyboard, plValues[0], plValues[1]);
+            StoreKeyState(*pKeyboard, (unsigned short)plValues[0], plValues[1]);
         break;
     case REPLAY_PASTE:
     {
@@ -603,7 +588,7 @@ void CReplay::OnFocusLost()
             continue;
         QueueKey(*pKeyboard, us, 0);
         OnKey(us, 0);
-        StoreState(*pKeyboard, us, pKeyboard->m_abKeys[us] & CKeyboardBase::WAS_PRESSED);
+        StoreKeyState(*pKeyboard, us, pKeyboard->m_abKeys[us] & CKeyboardBase::WAS_PRESSED);
         OnState(us, pKeyboard->m_abKeys[us]);
     }
 }

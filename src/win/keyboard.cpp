@@ -1,5 +1,6 @@
 #include "tarvix/keyboard.h"
 
+#include "input/keyqueue.h"
 #include "input/paste.h"
 #include "input/replayhooks.h"
 #include "tarvix/globals.h"
@@ -247,13 +248,9 @@ void CKeyboard::AddKeyToQueue(unsigned short usKey, short sDown, short sWithModi
     short sFlags = sDown;
     if (sWithModifiers == 1)
         sFlags |= ModifierFlags(*this);
-    const short sNext = (short)((m_sQueueWrite + 1) % QUEUE_SLOTS);
-    if (sNext == m_sQueueRead)
+    const xlong lFlags = (unsigned short)sFlags;
+    if (!QueueKey(*this, usKey, lFlags))
         return;
-    m_aQueue[m_sQueueWrite].usKey = usKey;
-    m_aQueue[m_sQueueWrite].lFlags = (unsigned short)sFlags;
-    const xlong lFlags = m_aQueue[m_sQueueWrite].lFlags;
-    m_sQueueWrite = sNext;
     if (s_bUser)
         if (CReplay *pReplay = ActiveReplay())
             pReplay->OnKey(usKey, lFlags);
@@ -265,15 +262,9 @@ void CKeyboard::SetKeyState(unsigned short usKey, short sDown)
 {
     if (!usKey || usKey >= CODES)
         return;
-    unsigned char &ucState = m_abKeys[usKey];
+    const unsigned char ucState = m_abKeys[usKey];
     if (sDown && !(ucState & IS_DOWN))
-    {
-        ++m_sNumPressed;
-        ucState |= IS_DOWN | WAS_PRESSED;
-    }
+        StoreKeyState(*this, usKey, ucState | IS_DOWN | WAS_PRESSED);
     else if (!sDown && ucState & IS_DOWN)
-    {
-        --m_sNumPressed;
-        ucState &= (unsigned char)~IS_DOWN;
-    }
+        StoreKeyState(*this, usKey, ucState & ~IS_DOWN);
 }

@@ -20,7 +20,7 @@ set_property(SOURCE ${TARVIX_MAY_FOPEN} APPEND PROPERTY COMPILE_DEFINITIONS TARV
 set_property(SOURCE ${CMAKE_SOURCE_DIR}/src/core/error.cpp APPEND PROPERTY COMPILE_OPTIONS
     -fno-delete-null-pointer-checks -fno-sanitize=null,alignment,vptr)
 
-set(TARVIX_WARNINGS -Wall -Wextra -Wno-unused-parameter -Wno-missing-field-initializers)
+set(TARVIX_WARNINGS -Wall -Wextra -Wno-unused-parameter -Wno-missing-field-initializers -Wno-char-subscripts)
 
 function(tarvix_add_library name)
     add_library(${name} SHARED ${TARVIX_SOURCES})
@@ -36,6 +36,7 @@ function(tarvix_add_library name)
     if(CMAKE_SIZEOF_VOID_P EQUAL 4)
         target_compile_options(${name} PRIVATE -faligned-new=8)
     endif()
+    set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
     if(WIN32)
         set_target_properties(${name} PROPERTIES PREFIX "" RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
         target_link_libraries(${name} PRIVATE winmm gdi32 user32 shell32 ole32 uuid rpcrt4 ws2_32)

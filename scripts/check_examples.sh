@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# check_examples.sh linux|asan|win32: runs the examples and looks at what they draw.
+# check_examples.sh linux|asan|win32|win64: runs the examples and looks at what they draw.
 # linux: every mode without a display. asan: the gallery's session under the
-# sanitizers. win32: the same pixels and messages under Wine.
+# sanitizers. win32, win64: the same pixels and messages under Wine.
 set -u -o pipefail
 cd "$(dirname "$0")/.."
 . scripts/common.sh
@@ -90,20 +90,30 @@ check_pictures() {
     [ "$differing" = 0 ] || fail "a plain picture: pixels that differ: $differing"
 }
 
-check_win32() {
+# wine win32|win64 PROGRAM [ARGUMENT...]
+wine() {
+    local target=$1
+    shift
+    case $target in
+    win32) with_display wine32 "$@" ;;
+    win64) with_display wine64_run "$@" ;;
+    esac
+}
+
+check_windows_modes() { # win32|win64
     local depth mode
     for depth in 8 16 24; do
         mode=640x480x$depth
         [ -f "$shots/linux-$mode.bmp" ] || shoot_linux "$mode"
-        rm -f "$shots/win32-$mode.bmp"
-        if (cd build/win32/bin &&
-            with_display wine32 ./first_picture.exe --mode "$mode" --frames 20 --shot "../../shots/win32-$mode.bmp"); then
-            cmp "$shots/linux-$mode.bmp" "$shots/win32-$mode.bmp" || fail "$mode: Windows and Linux differ"
+        rm -f "$shots/$1-$mode.bmp"
+        if (cd "build/$1/bin" &&
+            wine "$1" ./first_picture.exe --mode "$mode" --frames 20 --shot "../../shots/$1-$mode.bmp"); then
+            cmp "$shots/linux-$mode.bmp" "$shots/$1-$mode.bmp" || fail "$mode: Windows and Linux differ"
         else
             fail "$mode: first_picture.exe failed"
         fi
     done
-    rm -f build/win32/bin/.pal.tab
+    rm -f "build/$1/bin/.pal.tab"
 }
 
 session=$top/examples/gallery/session.txt
@@ -181,15 +191,15 @@ check_gallery_asan() {
     same_as linux asan
 }
 
-check_gallery_win32() {
+check_windows_gallery() { # win32|win64
     local depth
-    cd build/win32/bin || exit 1
+    cd "build/$1/bin" || exit 1
     rm -f gallery_files/*.bmp gallery_files/*.tab
     for depth in 8 16 24; do
-        play win32 "$depth" with_display wine32 ./gallery.exe
+        play "$1" "$depth" wine "$1" ./gallery.exe
     done
     cd "$top" || exit 1
-    same_as linux win32
+    same_as linux "$1"
 }
 
 case "${1:-}" in
@@ -199,12 +209,12 @@ linux)
     check_gallery
     ;;
 asan) check_gallery_asan ;;
-win32)
-    check_win32
-    check_gallery_win32
+win32 | win64)
+    check_windows_modes "$1"
+    check_windows_gallery "$1"
     ;;
 *)
-    echo "usage: check_examples.sh linux|asan|win32" >&2
+    echo "usage: check_examples.sh linux|asan|win32|win64" >&2
     exit 2
     ;;
 esac

@@ -23,7 +23,7 @@ cmake --build "$work/build" >/dev/null
 # Moved, the folder serves pkg-config all the same.
 mv "$work/tarvix" "$work/moved"
 export PKG_CONFIG_PATH=$work/moved/lib/pkgconfig:$work/moved/lib/x86_64-linux-gnu/pkgconfig
-[ "$(pkg-config --modversion tarvix)" = 2.4 ]
+[ "$(pkg-config --modversion tarvix)" = "$(sed -n 's/#define TARVIX_VERSION "\(.*\)"/\1/p' include/tarvix/version.h)" ]
 # shellcheck disable=SC2046
 g++ -std=c++20 "$work/host/main.cpp" $(pkg-config --cflags --libs tarvix) -Wl,-rpath,"$(pkg-config --variable=libdir tarvix)" -o "$work/plain"
 

@@ -11,10 +11,14 @@ wine32_prepare() {
     [ -f "$root/.complete" ] && return 0
     install debootstrap
     mirror=$(apt-get indextargets --format '$(SITE)' 'Created-By: Packages' 2>/dev/null | grep -m1 '/debian/\?$')
+    if [ -z "$mirror" ]; then
+        say "apt names no mirror of Debian's packages, so no 32-bit root can be made"
+        return 1
+    fi
     say "making a 32-bit root for Wine in $root"
     mkdir -p "$(dirname "$root")"
     as_root rm -rf "$root"
-    as_root debootstrap --arch=i386 --variant=minbase bookworm "$root" "${mirror:-http://deb.debian.org/debian}" \
+    as_root debootstrap --arch=i386 --variant=minbase bookworm "$root" "$mirror" \
         >/dev/null || return 1
     as_root chroot "$root" sh -c 'apt-get update -q && DEBIAN_FRONTEND=noninteractive \
         apt-get install -y -q --no-install-recommends wine32 wine' >/dev/null || return 1

@@ -111,7 +111,6 @@ private:
     xlong m_lPointX;     ///< what full-screen modes follow
     xlong m_lPointY;
     xlong m_alMode[3]; ///< width, height and depth; 0 when the recording names none
-    xlong m_lModeLine;
     char *m_pText;           ///< owned; texts of events lie in it
     TReplayEvent *m_pEvents; ///< owned
     xlong m_lEvents;

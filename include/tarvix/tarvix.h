@@ -54,6 +54,7 @@
 #include "tarvix/titlebar.h"
 #include "tarvix/types.h"
 #include "tarvix/url.h"
+#include "tarvix/version.h"
 #include "tarvix/winctrl.h"
 #include "tarvix/window.h"
 #include "tarvix/xiff.h"

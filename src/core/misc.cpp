@@ -5,6 +5,7 @@
 #include "tarvix/memory.h"
 #include "tarvix/strings.h"
 #include "tarvix/systemshell.h"
+#include "tarvix/version.h"
 
 #include <algorithm>
 #include <stdio.h>
@@ -212,7 +213,7 @@ void xShowVersionInfo(const char *pszVersion, const char *pszBuild)
 
 void xShowVersionInfoTarvix()
 {
-    xShowVersionInfo("Version Info: Tarvix v2.4", __DATE__ " " __TIME__);
+    xShowVersionInfo("Version Info: Tarvix v2.4", "build " TARVIX_VERSION);
 }
 
 xlong TryCreateNewProcess(xlong &lA, xlong &lB)

@@ -100,8 +100,8 @@ void ReplayEndFrame()
 CReplay::CReplay()
     : m_eMode(OFF), m_bRealTime(false), m_bPumped(false), m_bWriteFailed(false), m_bUnflushed(false),
       m_lStep(DEFAULT_STEP), m_lFrame(0), m_lLastFrame(0), m_lStamp(0), m_ulTime(0), m_ulPaceReal(0), m_ulPaceTime(0),
-      m_lX(0), m_lY(0), m_bApplying(false), m_lRealActive(-1), m_lPointX(0), m_lPointY(0), m_alMode(), m_lModeLine(0),
-      m_pText(nullptr), m_pEvents(nullptr), m_lEvents(0), m_lNext(0), m_pFile(nullptr)
+      m_lX(0), m_lY(0), m_bApplying(false), m_lRealActive(-1), m_lPointX(0), m_lPointY(0), m_alMode(), m_pText(nullptr),
+      m_pEvents(nullptr), m_lEvents(0), m_lNext(0), m_pFile(nullptr)
 {
 }
 

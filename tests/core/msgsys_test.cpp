@@ -27,7 +27,8 @@ protected:
     std::vector<int> Send(xulong ulMsg)
     {
         s_Calls.clear();
-        EXPECT_EQ(!s_Calls.empty(), MsgSysSend(ulMsg, 0, 0) != 0 && !s_Calls.empty());
+        const xlong lCalled = MsgSysSend(ulMsg, 0, 0);
+        EXPECT_EQ(!s_Calls.empty(), lCalled != 0);
         return s_Calls;
     }
 

@@ -317,13 +317,14 @@ TEST_F(CSessionTest, ReplayShowsWhatTheRecordingShowed)
         {
             for (int nAction = nFrame % 50 == 49 ? 0 : (int)(random() % 4); nAction; --nAction)
             {
-                const unsigned uKey = random() % 8;
-                if (random() % 2)
-                    FaceMovePointerIn(sglb->m_hWnd, (int)(random() % 400), (int)(random() % 300));
-                else if (random() % 2)
-                    FaceButton(random() % 4 ? VK_LBUTTON : VK_RBUTTON, random() % 2);
+                // Drawn one by one: arguments are evaluated in no order.
+                const unsigned uKey = random() % 8, uKind = random() % 4, uX = random() % 400, uY = random() % 300;
+                if (uKind < 2)
+                    FaceMovePointerIn(sglb->m_hWnd, (int)uX, (int)uY);
+                else if (uKind < 3)
+                    FaceButton(uX % 4 ? VK_LBUTTON : VK_RBUTTON, uY % 2);
                 else
-                    FaceKey(s_Keys[uKey], random() % 2, (unsigned char)s_szChars[uKey]);
+                    FaceKey(s_Keys[uKey], uY % 2, (unsigned char)s_szChars[uKey]);
             }
             if (nFrame % 50 == 48)
             {

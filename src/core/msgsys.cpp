@@ -1,8 +1,52 @@
 #include "core/msgsys.h"
 
+#include "core/invariant.h"
+#include "core/walk.h"
 #include "tarvix/globals.h"
 #include "tarvix/llist.h"
 #include "tarvix/memory.h"
+
+// Invariants
+// 1. Frame sinks stand by falling priority, those of one priority by age.
+// 2. Sink, message and priority of a frame sink stand in the list once; sink
+//    and message of a window-message sink too.
+// 3. No record points to a sink that is gone: the destructors take them out.
+// Handlers may register, unregister and die: the walks survive it.
+
+namespace
+{
+// Leaves the cursor on the sink's first registration, or on that of one message.
+bool FindWinMsg(CLList *pList, CWinMsg *pSink, const xulong *pulMsg = nullptr)
+{
+    for (pList->First(); pList->Exists(); pList->Next())
+    {
+        const TWinMsgSink *pRecord = (TWinMsgSink *)pList->Get();
+        if (pRecord->pSink == pSink && (!pulMsg || pRecord->ulMsg == *pulMsg))
+            return true;
+    }
+    return false;
+}
+
+// The one at the cursor.
+void DeleteWinMsg()
+{
+    sglb->m_pWinMsgList->DeleteData();
+    sglb->m_pWinMsgList->Delete();
+}
+
+// Invariant 1.
+bool AreSorted(const CLList &sinks)
+{
+    const TMsgSink *pBefore = nullptr;
+    for (const TMsgSink *pRecord : Each<TMsgSink>(sinks))
+    {
+        if (pBefore && pBefore->lPriority < pRecord->lPriority)
+            return false;
+        pBefore = pRecord;
+    }
+    return true;
+}
+} // namespace
 
 xlong CMsgSys::MsgHandler(xulong ulMsg, xlong lA, xlong lB)
 {
@@ -37,6 +81,9 @@ xparam CWinMsg::WinMsgHandler(HWND hWnd, unsigned int uMsg, xuparam wParam, xpar
 CWinMsg::~CWinMsg()
 {
     UnRegisterWinMsgAll(this);
+    // It passes over records; no message may find a sink that is gone.
+    while (sglb && sglb->m_pWinMsgList && FindWinMsg(sglb->m_pWinMsgList, this))
+        DeleteWinMsg();
 }
 
 xlong MsgSysRegister(CMsgSys *pSink, xulong ulMsg, xlong lPriority)
@@ -71,6 +118,7 @@ xlong MsgSysRegister(CMsgSys *pSink, xulong ulMsg, xlong lPriority)
     }
     if (!lResult)
         XDELETE(pNew);
+    TARVIX_INVARIANT(AreSorted(*pList));
     return lResult;
 }
 
@@ -80,16 +128,12 @@ xlong MsgSysSend(xulong ulMsg, xlong lA, xlong lB)
     xlong lResult = 0;
     if (!pList)
         return 0;
-    // On the list's own cursor: a sink may leave the list on the way.
-    for (pList->First(); pList->m_pCurr; pList->Next())
-    {
-        const TMsgSink *pRecord = (TMsgSink *)pList->m_pCurr->pData;
+    for (CListWalk walk(*pList); const TMsgSink *pRecord = walk.Next<TMsgSink>();)
         if (pRecord->ulMsg == ulMsg)
         {
             pRecord->pSink->MsgHandler(ulMsg, lA, lB);
             lResult = 1;
         }
-    }
     return lResult;
 }
 
@@ -110,21 +154,6 @@ void MsgSysUnregister(CMsgSys *pSink, xulong ulMsg, xlong lPriority)
     }
 }
 
-namespace
-{
-// Leaves the cursor on the first registration of the pair.
-bool FindWinMsg(CLList *pList, CWinMsg *pSink, xulong ulMsg)
-{
-    for (pList->First(); pList->Exists(); pList->Next())
-    {
-        const TWinMsgSink *pRecord = (TWinMsgSink *)pList->Get();
-        if (pRecord->pSink == pSink && pRecord->ulMsg == ulMsg)
-            return true;
-    }
-    return false;
-}
-} // namespace
-
 xlong RegisterWinMsg(CWinMsg *pSink, xulong ulMsg)
 {
     if (!sglb)
@@ -134,7 +163,7 @@ xlong RegisterWinMsg(CWinMsg *pSink, xulong ulMsg)
     CLList *pList = sglb->m_pWinMsgList;
     if (!pList)
         return 0;
-    if (FindWinMsg(pList, pSink, ulMsg))
+    if (FindWinMsg(pList, pSink, &ulMsg))
         return 1;
     TWinMsgSink *pRecord = XNEW(TWinMsgSink());
     if (!pRecord)
@@ -149,10 +178,9 @@ xlong RegisterWinMsg(CWinMsg *pSink, xulong ulMsg)
 
 void UnRegisterWinMsg(CWinMsg *pSink, xulong ulMsg)
 {
-    if (!sglb || !sglb->m_pWinMsgList || !FindWinMsg(sglb->m_pWinMsgList, pSink, ulMsg))
+    if (!sglb || !sglb->m_pWinMsgList || !FindWinMsg(sglb->m_pWinMsgList, pSink, &ulMsg))
         return;
-    sglb->m_pWinMsgList->DeleteData();
-    sglb->m_pWinMsgList->Delete();
+    DeleteWinMsg();
 }
 
 void UnRegisterWinMsgAll(CWinMsg *pSink)
@@ -165,8 +193,7 @@ void UnRegisterWinMsgAll(CWinMsg *pSink)
         TWinMsgSink *pRecord = (TWinMsgSink *)pList->Get();
         if (pRecord->pSink == pSink)
         {
-            pList->DeleteData();
-            pList->Delete();
+            DeleteWinMsg();
             // The step that follows passes over the new first record.
             pList->First();
         }

@@ -1,14 +1,50 @@
 #include "tarvix/timer.h"
 
+#include "core/invariant.h"
+#include "core/walk.h"
 #include "tarvix/globals.h"
 #include "tarvix/llist.h"
 #include "tarvix/memory.h"
 
-// A new timer enters by the pending list, and the active list changes only
-// before and after the walk of an update, so handlers may add and remove.
+// Invariants
+// 1. A timer enters by the pending list. The active list takes it over only
+//    before and after the walk of an update, so handlers may add and remove.
+// 2. A pair of object and interval stands in both lists together at most once;
+//    marked entries, whose object is null, don't count.
+// 3. An entry whose object's handler runs stays until the handler is back: a
+//    handler may run frames of its own, whose updates sweep too.
+// The walk is on the list's own cursor, which handlers move when they add or
+// remove: that ends a pass early, and the order of calls is part of it.
 
 namespace
 {
+struct TRunning
+{
+    const TTimerEntry *pEntry;
+    const TRunning *pOuter;
+};
+
+const TRunning *s_pRunning = nullptr;
+
+bool IsRunning(const TTimerEntry *pEntry)
+{
+    for (const TRunning *p = s_pRunning; p; p = p->pOuter)
+        if (p->pEntry == pEntry)
+            return true;
+    return false;
+}
+
+// Invariant 2.
+bool IsSingle(const CTimer *pTimer, xulong ulInterval)
+{
+    xlong lFound = 0;
+    for (const TTimerEntry *pEntry : Each<TTimerEntry>(*glb->m_pActiveTimers))
+        lFound += pEntry->pTimer == pTimer && pEntry->ulInterval == ulInterval;
+    for (const TTimerPending *pRecord : Each<TTimerPending>(*glb->m_pPendingTimers))
+        lFound += pRecord->pTimer == pTimer && pRecord->ulInterval == ulInterval;
+    return lFound <= 1;
+}
+
 template <class TRecord>
 TRecord *FindPair(CLList *pList, CTimer *pTimer, xulong ulInterval)
 {
@@ -96,6 +132,7 @@ xlong xAddTimer(CTimer *pTimer, xulong ulInterval)
     const xlong lResult = glb->m_pPendingTimers->InsertLast(pRecord);
     if (!lResult)
         XDELETE(pRecord);
+    TARVIX_INVARIANT(IsSingle(pTimer, ulInterval));
     return lResult;
 }
 
@@ -146,9 +183,12 @@ void xUpdateObjTimers()
     for (pList->First(); pList->Exists(); pList->Next())
     {
         TTimerEntry *pEntry = (TTimerEntry *)pList->Get();
+        const TRunning running = { pEntry, s_pRunning };
+        s_pRunning = &running;
         // The object is looked at anew before each tick: a handler can remove it.
         for (xulong ulTicks = CountTicks(pEntry); ulTicks && pEntry->pTimer; --ulTicks)
             pEntry->pTimer->TimerHandler(pEntry->ulInterval);
+        s_pRunning = running.pOuter;
     }
     xRemoveNotActiveTimers();
     xAddPendingTimers();
@@ -163,7 +203,7 @@ void xRemoveNotActiveTimers()
     while (pList->Exists())
     {
         TTimerEntry *pEntry = (TTimerEntry *)pList->Get();
-        if (pEntry->pTimer)
+        if (pEntry->pTimer || IsRunning(pEntry))
             pList->Next();
         else
         {

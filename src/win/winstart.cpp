@@ -1,5 +1,6 @@
 #include "core/msgsys.h"
 #include "core/nodepool.h"
+#include "core/walk.h"
 #include "input/replayhooks.h"
 #include "tarvix/button.h"
 #include "tarvix/dibscreen.h"
@@ -49,12 +50,8 @@ LRESULT CALLBACK WindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam)
             pReplay->OnFocusLost();
     CLList *pList = sglb->m_pWinMsgList;
     if (pList)
-    {
-        // On the list's own cursor: a sink that causes another message, or that
-        // unregisters, ends this walk early and leaves nothing dangling.
-        for (pList->First(); pList->Exists(); pList->Next())
+        for (CListWalk walk(*pList); const TWinMsgSink *pSink = walk.Next<TWinMsgSink>();)
         {
-            const TWinMsgSink *pSink = (TWinMsgSink *)pList->Get();
             if (pSink->ulMsg != uMsg)
                 continue;
             bHandled = true;
@@ -62,7 +59,6 @@ LRESULT CALLBACK WindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam)
             if (!lResult)
                 lResult = lAnswer;
         }
-    }
     return bHandled ? lResult : DefWindowProcA(hWnd, uMsg, wParam, lParam);
 }
 
@@ -157,11 +153,10 @@ void RunPools()
 {
     if (!glb->m_pObjPoolList)
         glb->m_pObjPoolList = XNEW(CLList);
-    CLList *pPools = glb->m_pObjPoolList;
-    if (!pPools)
+    if (!glb->m_pObjPoolList)
         return;
-    for (pPools->First(); pPools->Exists(); pPools->Next())
-        ((CObjPool *)pPools->Get())->Handler();
+    for (CListWalk walk(*glb->m_pObjPoolList); CObjPool *pPool = walk.Next<CObjPool>();)
+        pPool->Handler();
 }
 } // namespace
 

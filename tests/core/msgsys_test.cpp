@@ -15,10 +15,13 @@ public:
     xlong MsgHandler(xulong ulMsg, xlong lA, xlong lB) override
     {
         s_Calls.push_back(m_nNumber);
+        if (m_Then)
+            std::exchange(m_Then, nullptr)();
         return 0;
     }
 
     int m_nNumber;
+    std::function<void()> m_Then; ///< once, in the first call
 };
 
 class CMsgSysTest : public testing::Test
@@ -64,6 +67,29 @@ TEST_F(CMsgSysTest, SinksAreCalledByFallingPriorityOldestFirst)
     EXPECT_EQ((std::vector<int>{ 4, 3, 2, 1 }), Send(2));
 }
 
+TEST_F(CMsgSysTest, SinksMayChangeTheListAndSendOnTheWay)
+{
+    CSink a(1), b(2), late(7);
+    auto pDying = std::make_unique<CSink>(3);
+    CSink *const apInOrder[] = { &a, pDying.get(), &b };
+    for (CSink *pSink : apInOrder)
+        MsgSysRegister(pSink, 2, 5);
+    a.m_Then = [&]
+    {
+        pDying.reset();
+        MsgSysRegister(&late, 2, 0);
+        MsgSysSend(2, 0, 0);
+        MsgSysUnregister(&a, 2, 5);
+    };
+    EXPECT_EQ((std::vector<int>{ 1, 1, 2, 7, 2, 7 }), Send(2)) << "the inner round, then the rest of the outer one";
+    EXPECT_EQ((std::vector<int>{ 2, 7 }), Send(2));
+    auto pSelf = std::make_unique<CSink>(4);
+    MsgSysRegister(pSelf.get(), 2, 3);
+    pSelf->m_Then = [&] { pSelf.reset(); };
+    EXPECT_EQ((std::vector<int>{ 2, 4, 7 }), Send(2));
+    EXPECT_EQ((std::vector<int>{ 2, 7 }), Send(2));
+}
+
 TEST_F(CMsgSysTest, WindowSinksKeepTheOrderOfRegistration)
 {
     CSink a(1), b(2);
@@ -86,7 +112,12 @@ TEST_F(CMsgSysTest, WindowSinksKeepTheOrderOfRegistration)
     sglb->m_pWinMsgList->First();
     EXPECT_EQ(12u, ((TWinMsgSink *)sglb->m_pWinMsgList->Get())->ulMsg);
     UnRegisterWinMsgAll(&a);
-    EXPECT_EQ(0, sglb->m_pWinMsgList->GetNumNodes());
+    {
+        CSink dying(9);
+        for (const xulong ulMsg : { 20, 21, 22, 23 })
+            RegisterWinMsg(&dying, ulMsg);
+    }
+    EXPECT_EQ(0, sglb->m_pWinMsgList->GetNumNodes()) << "of a sink that dies nothing is passed over";
     xExit();
     EXPECT_EQ(nullptr, sglb->m_pWinMsgList);
 }

@@ -33,12 +33,15 @@ public:
         }
         if (m_pAdd)
             m_pAdd->AddTimer(50);
+        if (m_nInnerFrames-- > 0)
+            xUpdateObjTimers();
     }
 
     int m_nNumber;
     CTimer *m_pRemove = nullptr;
     CTimer *m_pDelete = nullptr;
     CTimer *m_pAdd = nullptr;
+    int m_nInnerFrames = 0;
 };
 
 // Takes time back for all active timers, as if it had passed.
@@ -113,6 +116,30 @@ TEST_F(CTimerTest, HandlersMayRemoveDeleteAndAdd)
     EXPECT_EQ(3, glb->m_pActiveTimers->GetNumNodes());
     first.m_pAdd = nullptr;
     EXPECT_EQ(2u, Update(100500) - (size_t)std::count(s_Ticks.begin(), s_Ticks.end(), TTick{ 4, 50 }));
+}
+
+// The inner frame sweeps what was removed, but not the entry whose handler
+// runs it: that is looked at again when the handler is back.
+TEST_F(CTimerTest, HandlersMayRunFramesAndRemoveThemselves)
+{
+    CTickTimer self(1), other(2);
+    self.AddTimer(100000);
+    other.AddTimer(100000);
+    xUpdateObjTimers();
+    self.m_pRemove = &self;
+    self.m_nInnerFrames = 2;
+    EXPECT_EQ(4u, Update(350000)) << "one of its own, and the other's burst in the inner frame";
+    EXPECT_EQ(1, glb->m_pActiveTimers->GetNumNodes());
+    self.RemoveAllTimers();
+
+    self.m_pRemove = nullptr;
+    self.m_pDelete = new CTickTimer(3);
+    self.m_pDelete->AddTimer(100000);
+    self.AddTimer(100000);
+    xUpdateObjTimers();
+    self.m_nInnerFrames = 1;
+    Update(100000);
+    EXPECT_EQ(2, glb->m_pActiveTimers->GetNumNodes());
 }
 
 TEST_F(CTimerTest, RemovingReachesBothLists)

@@ -4,6 +4,7 @@
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/resdata.h"
+#include "tarvix/resgrammar.h"
 #include "tarvix/screen.h"
 
 #include <algorithm>
@@ -62,8 +63,7 @@ TCntrlAnim *MakeCntrlAnim(CBitmap *pSheet, xlong lFrameW, xlong lFrameH, xlong l
         lRows = s_lAnyRows;
     if (!lPerRow)
         lPerRow = lCount;
-    if (lCount < 1 || lCount > RES_MAX_FRAMES || lPerRow < 1 || lRows < 1 || lFrameW < 1 || lFrameH < 1 ||
-        (int64_t)lFrameW * lFrameH > RES_MAX_PIXELS / lCount)
+    if (lPerRow < 1 || lRows < 1 || !xIsResSize(XRES_FRAMES, lFrameW, lFrameH, lCount))
         return nullptr;
     TCntrlAnim *const pAnim = XNEW(TCntrlAnim);
     if (!pAnim)

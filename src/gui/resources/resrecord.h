@@ -8,6 +8,7 @@
 #include "tarvix/strings.h"
 
 #include <stdio.h>
+#include <string.h>
 
 /// The first record for which the test holds, or null. The list's cursor stays.
 template <class TRecord, class TTest>
@@ -52,6 +53,25 @@ template <size_t SIZE>
 void TakeName(char (&szName)[SIZE], const char *pszName)
 {
     snprintf(szName, SIZE, "%s", pszName);
+}
+
+/// Walks the items of the current chunk, without comments, until one fails.
+/// @param pszTooBig  refuses names of RES_NAME_SIZE and more; null lets them pass
+/// @param use        gets the name; returns 1, or 0 with a report
+template <class TUse>
+xlong EachItem(CResData &res, const char *pszTooBig, TUse use)
+{
+    for (; res.ItemExists(); res.NextItem(0))
+    {
+        if (res.IsComment())
+            continue;
+        const char *const pszName = res.GetKeyword();
+        if (pszTooBig && strlen(pszName) >= RES_NAME_SIZE)
+            return Refuse(pszTooBig, pszName);
+        if (!use(pszName))
+            return 0;
+    }
+    return 1;
 }
 
 /// A record that is deleted at the end unless a list has taken it.

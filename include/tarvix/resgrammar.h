@@ -136,10 +136,10 @@ struct TResField
 /// That another item of the same chunk is there, and what it says.
 struct TResCondition
 {
-    xlong lElse;  ///< XRES_UNCONDITIONAL, or what happens otherwise
-    xlong lItem;  ///< XRES_ITEM_...
-    xlong lRole;  ///< of its string; XRES_AS_OTHER: the item alone is enough
-    xlong lFlags; ///< that the string has; 0: the string is a number that is not 0
+    xlong lElse;         ///< XRES_UNCONDITIONAL, or what happens otherwise
+    xlong lItem;         ///< XRES_ITEM_...
+    xlong lRole;         ///< of its string; XRES_AS_OTHER: the item alone is enough
+    const char *pszFlag; ///< that the string has; null: the string is a number that is not 0
 };
 
 /// A keyword with its strings. Strings behind those named are passed over.

@@ -90,15 +90,15 @@ const TResItem s_Defaults[] = {
 const TResItem s_Window[] = {
     CREATE(s_Plain),
     { "TitlebarFlags", XRES_ITEM_TITLEBARFLAGS, Rows(s_Flags), 0,
-      { XRES_ELSE_FAULT, XRES_ITEM_CREATE, XRES_AS_FLAGS, XWIN_TITLEBAR } },
+      { XRES_ELSE_FAULT, XRES_ITEM_CREATE, XRES_AS_FLAGS, "XWIN_TITLEBAR" } },
     { "TitlebarBitmap", XRES_ITEM_TITLEBARBITMAP, Rows(s_Bitmaps), 0,
-      { XRES_ELSE_NONE, XRES_ITEM_TITLEBARFLAGS, XRES_AS_FLAGS, CNTRL_HASBITMAP } },
+      { XRES_ELSE_NONE, XRES_ITEM_TITLEBARFLAGS, XRES_AS_FLAGS, "CNTRL_HASBITMAP" } },
     { "FrameFlags", XRES_ITEM_FRAMEFLAGS, Rows(s_Flags), 0,
-      { XRES_ELSE_FAULT, XRES_ITEM_CREATE, XRES_AS_FLAGS, XWIN_FRAME } },
+      { XRES_ELSE_FAULT, XRES_ITEM_CREATE, XRES_AS_FLAGS, "XWIN_FRAME" } },
     { "FrameBitmap", XRES_ITEM_FRAMEBITMAP, Rows(s_Bitmaps), 0,
-      { XRES_ELSE_NONE, XRES_ITEM_FRAMEFLAGS, XRES_AS_FLAGS, CNTRL_HASBITMAP } },
+      { XRES_ELSE_NONE, XRES_ITEM_FRAMEFLAGS, XRES_AS_FLAGS, "CNTRL_HASBITMAP" } },
     { "Colors", XRES_ITEM_COLORS, Rows(s_ColorSets), 0,
-      { XRES_ELSE_SKIP, XRES_ITEM_FRAMEFLAGS, XRES_AS_OTHER, 0 } },
+      { XRES_ELSE_SKIP, XRES_ITEM_FRAMEFLAGS, XRES_AS_OTHER, nullptr } },
     { "CreateStatic", XRES_ITEM_CREATESTATIC, Rows(s_Short), XRES_EACH | XRES_MAKES, {} },
 };
 
@@ -135,7 +135,7 @@ const TResItem s_PlainItems[] = { CREATE(s_Plain) },
                s_CaptionItems[] = { { "Flags", XRES_ITEM_FLAGS, Rows(s_Flags), 0, {} } };
 
 const TResPart s_BoxParts[] = { { "Caption", Rows(s_CaptionItems),
-                                  { XRES_ELSE_SKIP, XRES_ITEM_CREATE, XRES_AS_BOX, 0 } } };
+                                  { XRES_ELSE_SKIP, XRES_ITEM_CREATE, XRES_AS_BOX, nullptr } } };
 
 const TResControl s_Controls[] = {
     { "Static", XDLG_STATIC, Rows(s_PlainItems), {}, 1, -1 },

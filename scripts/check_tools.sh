@@ -463,6 +463,54 @@ T
     grep -q 'takes only Radio' out || fail "kcbl check: $(head -n 2 out)"
 }
 
+# The grammar's own scripts, one word each: tests/gui/resources shows what the library makes of them.
+check_grammar() {
+    local file verdict what step=1 wrong=0
+    mkdir -p grammar
+    "$top/build/linux-release/bin/grammar_cases" grammar || fail "grammar_cases: no scripts"
+    [ "$(wc -l <grammar/list)" -gt 500 ] || fail "grammar_cases: $(wc -l <grammar/list) scripts"
+    cd grammar || return
+    printf 'BM' >pic.bmp
+    printf 'XIFF' >font.xbf
+    expect 1 kcbl check $(cut -d ' ' -f 1 list)
+    # What each file is by its lines: good without one, a warning when all are warnings.
+    tr -d '\r' <out | awk '
+        FILENAME == "-" {
+            if (match($0, /^[0-9]+[.]rc:/)) {
+                file = substr($0, 1, RLENGTH - 1)
+                if ($0 !~ /^[^ ]*: warning: /) found[file] = "bad"
+                else if (!(file in found)) found[file] = "warning"
+            }
+            next
+        }
+        { verdict = $1 in found ? found[$1] : "good" }
+        verdict != $2 { print "kcbl check: " verdict ": " $0 }' - list >differing
+    [ ! -s differing ] || fail "$(wc -l <differing) verdicts differ: $(head -n 3 differing)"
+    file=$(grep -m 1 ' warning ' list | cut -d ' ' -f 1)
+    expect 0 kcbl check "$file"
+    expect 1 kcbl check --strict "$file"
+    # The viewer takes one script at a time, which is slow under Wine.
+    if [ "$target" = win32 ]; then
+        step=40
+        echo "   grammar: tvview --check of every ${step}th script"
+    fi
+    while read -r file verdict what; do
+        tool tvview --check "$file" >out 2>err </dev/null
+        case $verdict:$?:$(grep -c '^[0-9]*[.]rc:[0-9:]* warning: ' out):$(grep -c '^[0-9]*[.]rc:' out) in
+        good:0:0:0 | warning:0:[1-9]*:[1-9]* | bad:1:*:[1-9]*) ;;
+        *) [ $((++wrong)) -gt 3 ] || fail "tvview --check, $what: not $verdict: $(head -n 3 out)" ;;
+        esac
+    done < <(awk -v step=$step 'NR % step == 0' list)
+    cd ..
+    expect 0 kcbl words
+    cp "$top/docs/resources.md" page.md
+    expect 0 kcbl words page.md
+    cmp "$top/docs/resources.md" page.md ||
+        fail "docs/resources.md has other words than the library: kcbl words docs/resources.md writes them"
+    printf 'no marks\n' >marks.md
+    expect 1 kcbl words marks.md
+}
+
 # same WHAT FILE FILE: the same pixels.
 same() {
     local differing

@@ -385,11 +385,17 @@ private:
                 Warn(item.ulOffset, "unknown word " + Quoted(item.strWritten) + " in " + strWhere);
             else if (found.insert({ pRow->lItem, &item }).second || (pRow->lRules & XRES_EACH))
                 items.push_back({ &item, pRow });
-            else
+            else if (pRow->lRules & XRES_NEEDED)
             {
                 const CPassOver over(m_nPassedOver, true);
                 Strings(item, *pRow);
                 Warn(item.ulOffset, "only the first " + Quoted(item.strWritten) + " is read");
+            }
+            else
+            {
+                // Which one depends on what was looked for before.
+                items.push_back({ &item, pRow });
+                Warn(item.ulOffset, "only one " + Quoted(item.strWritten) + " is read");
             }
         }
         for (const auto &[pItem, pRow] : items)
@@ -496,10 +502,10 @@ private:
                 Warn(chunk.ulOffset, strWhere + " needs a " + other.Fields.pRows[ulString].pszName + ", string " +
                                          std::to_string(ulString) + " of " + Quoted(other.pszWord));
             }
-            const CPassOver over(m_nPassedOver, !bRead || !bFirst);
+            const CPassOver over(m_nPassedOver, !bRead);
             Items(chunk, strWhere, { &part.Items, &m_Grammar.Common });
             if (!bFirst)
-                Warn(chunk.ulOffset, "only the first " + Quoted(chunk.String(0)) + " is read");
+                Warn(chunk.ulOffset, "only one " + Quoted(chunk.String(0)) + " is read");
             return;
         }
         Warn(chunk.ulOffset, "unknown chunk " + Quoted(chunk.String(0)) + " in a " + control.pszWord);

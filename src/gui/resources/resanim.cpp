@@ -1,5 +1,6 @@
 #include "gui/resources/resanim.h"
 
+#include "screens/screenbitmap.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
@@ -23,15 +24,14 @@ CBitmap *CutFrame(CBitmap *pSheet, const CRect &rcFrame, xlong lWidth, xlong lHe
         return nullptr;
     const xlong lMade = pMode && pMode->lIndexed == 1
                             ? pFrame->CreateIndex(lWidth, lHeight, 8, pScreen->GetPalette(), 0)
-                            : pFrame->CreateRGB(lWidth, lHeight, 24, 8, 8, 8, 16, 8, 0, 1);
+                            : CreateForScreen(pFrame, lWidth, lHeight);
     if (!lMade)
     {
         XDELETE(pFrame);
         return nullptr;
     }
     pFrame->Blt(pSheet, rcFrame.m_lLeft, rcFrame.m_lTop, 0, 0, lWidth, lHeight, lTrans, 1, 0);
-    if (pScreen && !pScreen->MakeScreenBitmap(pFrame, 1))
-        pScreen->MakeScreenFormat(pFrame, 1);
+    BringToScreen(pFrame);
     return pFrame;
 }
 

@@ -2,6 +2,7 @@
 
 #include "tarvix/resdata.h"
 
+#include "core/chars.h"
 #include "gui/resources/resfields.h"
 #include "gui/resources/resrecord.h"
 #include "tarvix/screen.h"
@@ -44,30 +45,20 @@ TResColor *NewColor(const char *pszName, xlong lNumColors)
     return pColor;
 }
 
-bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
 void SkipSeparators(const char *&psz)
 {
     while (*psz == ' ' || *psz == ',')
         ++psz;
 }
 
-// As scanf's %ld does, of which a colour takes the low byte.
+// A number of which a colour takes the low byte.
 bool ScanByte(const char *&psz, unsigned char *pucValue)
 {
     SkipSeparators(psz);
-    const bool bMinus = *psz == '-';
-    if (*psz == '-' || *psz == '+')
-        ++psz;
-    if (!IsDigit(*psz))
+    xulong ulValue;
+    if (!ScanInteger(psz, &ulValue))
         return false;
-    xulong ulValue = 0;
-    for (; IsDigit(*psz); ++psz)
-        ulValue = ulValue * 10 + (xulong)(*psz - '0');
-    *pucValue = (unsigned char)(bMinus ? 0 - ulValue : ulValue);
+    *pucValue = (unsigned char)ulValue;
     return true;
 }
 } // namespace
@@ -123,62 +114,43 @@ xlong CResData::AddDefine(const char *pszName, xlong lId)
 xlong CResData::SetupDefines()
 {
     const TResSection *const pSection = EnterSection(XRES_DEFINES);
-    if (!pSection)
-        return 1;
     for (const TResData &name : xResGrammar().Names)
-        if (!AddDefine(name.pszName, name.lValue))
+        if (pSection && !AddDefine(name.pszName, name.lValue))
             return 0;
-    return EachItem(*this, s_szNameTooBig,
-                    [&](const char *pszName)
-                    {
-                        CResFields fields;
-                        if (!fields.Read(*this, pSection->Items.pRows->Fields))
-                            return Refuse("Unable to get define id for \"%s\"", pszName);
-                        return AddDefine(pszName, fields.NumberAt(0));
-                    });
+    return EachEntry(*this, pSection, s_szNameTooBig, "Unable to get define id for \"%s\"",
+                     [&](const char *pszName, const CResFields &fields)
+                     { return AddDefine(pszName, fields.NumberAt(0)); });
 }
 
 xlong CResData::SetupStrings()
 {
-    const TResSection *const pSection = EnterSection(XRES_STRINGS);
-    if (!pSection)
-        return 1;
-    return EachItem(*this, s_szNameTooBig,
-                    [&](const char *pszName)
-                    {
-                        CResFields fields;
-                        if (!fields.Read(*this, pSection->Items.pRows->Fields))
-                            return Refuse("Unable to get id/string for \"%s\"", pszName);
-                        const size_t ulText = strlen(fields.TextAt(1)) + 1;
-                        TResString *const pString = NewFitted<TResString>(offsetof(TResString, szText) + ulText);
-                        if (!pString)
-                            return (xlong)0;
-                        pString->lId = fields.NumberAt(0);
-                        TakeName(pString->szName, pszName);
-                        memcpy((char *)pString + offsetof(TResString, szText), fields.TextAt(1), ulText);
-                        return GiveFitted(m_listStrings, pString);
-                    });
+    return EachEntry(*this, EnterSection(XRES_STRINGS), s_szNameTooBig, "Unable to get id/string for \"%s\"",
+                     [&](const char *pszName, const CResFields &fields)
+                     {
+                         const size_t ulText = strlen(fields.TextAt(1)) + 1;
+                         TResString *const pString = NewFitted<TResString>(offsetof(TResString, szText) + ulText);
+                         if (!pString)
+                             return (xlong)0;
+                         pString->lId = fields.NumberAt(0);
+                         TakeName(pString->szName, pszName);
+                         memcpy((char *)pString + offsetof(TResString, szText), fields.TextAt(1), ulText);
+                         return GiveFitted(m_listStrings, pString);
+                     });
 }
 
 xlong CResData::SetupValues()
 {
-    const TResSection *const pSection = EnterSection(XRES_VALUES);
-    if (!pSection)
-        return 1;
-    return EachItem(*this, s_szNameTooBig,
-                    [&](const char *pszName)
-                    {
-                        CResFields fields;
-                        if (!fields.Read(*this, pSection->Items.pRows->Fields))
-                            return Refuse("Unable to get id/value for \"%s\"", pszName);
-                        CNewRecord<TResValue> value(XNEW(TResValue));
-                        if (!value)
-                            return xError(XERR_MEMORY);
-                        value->lId = fields.NumberAt(0);
-                        value->lValue = fields.NumberAt(1);
-                        TakeName(value->szName, pszName);
-                        return value.GiveTo(m_listValues);
-                    });
+    return EachEntry(*this, EnterSection(XRES_VALUES), s_szNameTooBig, "Unable to get id/value for \"%s\"",
+                     [&](const char *pszName, const CResFields &fields)
+                     {
+                         CNewRecord<TResValue> value(XNEW(TResValue));
+                         if (!value)
+                             return xError(XERR_MEMORY);
+                         value->lId = fields.NumberAt(0);
+                         value->lValue = fields.NumberAt(1);
+                         TakeName(value->szName, pszName);
+                         return value.GiveTo(m_listValues);
+                     });
 }
 
 xlong CResData::SetupColors()

@@ -4,6 +4,7 @@
 
 #include "gui/resources/resfields.h"
 #include "gui/resources/resrecord.h"
+#include "screens/screenbitmap.h"
 #include "tarvix/screen.h"
 
 #include <stdint.h>
@@ -101,7 +102,7 @@ xlong CutOut(TBitmapRes *pRes, CBitmap *pSource, const TArea &area)
 {
     const xlong lWidth = area.IsWhole() ? pSource->m_lWidth : area.lWidth;
     const xlong lHeight = area.IsWhole() ? pSource->m_lHeight : area.lHeight;
-    if (!pRes->Bitmap.CreateRGB(lWidth, lHeight, 24, 8, 8, 8, 16, 8, 0, 1))
+    if (!CreateForScreen(&pRes->Bitmap, lWidth, lHeight))
         return xError(XERR_MEMORY);
     pRes->Bitmap.Blt(pSource, area.IsWhole() ? 0 : area.lX, area.IsWhole() ? 0 : area.lY, 0, 0, lWidth, lHeight, 0, 0,
                      0);

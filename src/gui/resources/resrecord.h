@@ -2,6 +2,7 @@
 #pragma once
 
 #include "gui/resources/resanim.h"
+#include "gui/resources/resfields.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/resdata.h"
@@ -72,6 +73,24 @@ xlong EachItem(CResData &res, const char *pszTooBig, TUse use)
             return 0;
     }
     return 1;
+}
+
+/// EachItem for a section whose items are all alike.
+/// @param pSection  null, when it is not there, gives 1
+/// @param pszBad    refuses items whose strings can't be read
+/// @param use       gets name and strings
+template <class TUse>
+xlong EachEntry(CResData &res, const TResSection *pSection, const char *pszTooBig, const char *pszBad, TUse use)
+{
+    if (!pSection)
+        return 1;
+    return EachItem(res, pszTooBig,
+                    [&](const char *pszName)
+                    {
+                        CResFields fields;
+                        return fields.Read(res, pSection->Items.pRows->Fields) ? use(pszName, fields)
+                                                                               : Refuse(pszBad, pszName);
+                    });
 }
 
 /// A record that is deleted at the end unless a list has taken it.

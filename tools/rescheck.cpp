@@ -200,7 +200,9 @@ private:
         size_t ulLeast = 0;
         for (const TResField &field : row.Fields)
             ulLeast += !(field.lRules & (XRES_OPTIONAL | XRES_MANY));
-        if (item.strings.size() < ulLeast)
+        if (item.strings.size() + 1 == ulLeast && item.bComment && row.Fields.pRows[ulLeast - 1].lType == XRES_IS_TEXT)
+            Warn(item.ulOffset, "the comment is read as a string of " + Quoted(item.strWritten));
+        else if (item.strings.size() < ulLeast)
             Tell(item.ulOffset, Quoted(item.strWritten) + " takes " + std::to_string(ulLeast) + " strings and has " +
                                     std::to_string(item.strings.size()));
         size_t ul = 0;
@@ -223,7 +225,8 @@ private:
     {
         const size_t ulLineEnd = std::min(m_strText.find_first_of("\r\n", item.ulOffset), m_strText.size());
         size_t ulQuotes = 0;
-        for (size_t ulAt = item.strings.empty() ? ulLineEnd : item.strings.back().ulOffset; ulAt < ulLineEnd; ++ulAt)
+        for (size_t ulAt = item.strings.empty() ? item.ulOffset : item.strings.back().ulOffset; ulAt < ulLineEnd;
+             ++ulAt)
         {
             ulQuotes += m_strText[ulAt] == '"';
             if (m_strText[ulAt] == ';' && ulQuotes % 2 == 0)

@@ -59,7 +59,10 @@ TItem MakeItem(const TKCBLKeyword *pItem, const std::string &strText, size_t ulS
         item.strings.push_back(
             { pItem->ppszStrings[l], (size_t)l + 1 < places.size() ? places[(size_t)l + 1] : places[0] });
     while (!item.strings.empty() && item.strings.back().strText[0] == ';')
+    {
         item.strings.pop_back();
+        item.bComment = true;
+    }
     return item;
 }
 } // namespace

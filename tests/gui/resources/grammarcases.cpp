@@ -155,7 +155,7 @@ private:
                 strItems += Item(s_szGrammarLast, RightStrings(*section.Items.pRows));
             strScript += Chunk(strHead, strItems);
         }
-        m_Cases.push_back({ strName, strScript + m_strBehind, bAccepted, bWarning });
+        m_Cases.push_back({ strName, strScript + m_strBehind, bAccepted, bWarning || m_bWarning });
     }
 
     /// Tries the strings of an item.
@@ -178,10 +178,27 @@ private:
         strings.resize(right.size() - 1);
         take(strName + " with one string less", Item(strWord, strings),
              (last.lRules & (XRES_OPTIONAL | XRES_MANY)) != 0);
+        if (!strings.empty())
+        {
+            // The reader keeps a comment as a string.
+            std::string strNote = Item(strWord, strings);
+            strNote.insert(strNote.size() - 1, " ; a note");
+            m_bWarning = last.lType == XRES_IS_TEXT;
+            take(strName + " with a comment for the last string", strNote, m_bWarning);
+            m_bWarning = false;
+        }
+        const std::string strRight = Item(strWord, right);
+        if (last.lRules & XRES_MANY)
+            take(strName + " with a comment behind it", strRight.substr(0, strRight.size() - 1) + " ; a note\n", false);
         for (size_t ul = 0; ul < right.size(); ++ul)
             for (const std::string &strWrong : Wrong(item.Fields.pRows[ul]))
                 take(strName + " with " + strWrong + " for " + item.Fields.pRows[ul].pszName, With(ul, strWrong),
                      false);
+        for (size_t ul = 0; ul < right.size(); ++ul)
+            for (const xlong lBound : { item.Fields.pRows[ul].lLeast, item.Fields.pRows[ul].lMost })
+                if (item.Fields.pRows[ul].lMost && lBound != INT_MAX)
+                    take(strName + " with " + std::to_string(lBound) + " for " + item.Fields.pRows[ul].pszName,
+                         With(ul, std::to_string(lBound)), true);
         if (!(item.lRules & (XRES_AREA | XRES_FRAMES)))
             return;
         for (const xlong lRole : { XRES_AS_WIDTH, XRES_AS_HEIGHT })
@@ -347,6 +364,7 @@ private:
     std::vector<TGrammarCase> m_Cases;
     std::vector<std::string> m_Items; ///< what is tried, by section
     std::string m_strWindow, m_strBehind;
+    bool m_bWarning = false; ///< of the cases that are made now
 };
 } // namespace
 

@@ -41,7 +41,7 @@ struct TItem
     size_t ulOffset = 0;
     std::vector<TField> strings; ///< without a comment at the end
     std::vector<size_t> items;   ///< of a chunk, by index
-    bool bComment = false; ///< there was one, which the library keeps as a string
+    bool bComment = false;       ///< there was one, which the library keeps as a string
     bool bChunk = false;
 };
 

@@ -5,6 +5,8 @@
 #include "gui/resources/resdatasupport.h"
 #include "tarvix/dialog.h"
 
+#include <set>
+
 namespace
 {
 class CGrammarTest : public CResDataTest

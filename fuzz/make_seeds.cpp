@@ -352,17 +352,24 @@ void MakeReplaySeeds(const std::filesystem::path &folder)
     glb->m_pMouse = nullptr;
 }
 
+void MakeRescheckSeeds(const std::filesystem::path &folder)
+{
+    MakeResdataSeeds(folder);
+    std::filesystem::create_directories(folder / "windows");
+    MakeDialogSeeds(folder / "windows");
+}
+
 const struct
 {
     const char *pszName;
     void (*pfnMake)(const std::filesystem::path &folder);
 } s_Makers[] = {
-    { "archive", MakeArchiveSeeds }, { "base64", MakeBase64Seeds },   { "bmp", MakeBmpSeeds },
-    { "dialog", MakeDialogSeeds },   { "debug", MakeDebugSeeds },     { "jpeg", MakeJpegSeeds },
-    { "kcbl", MakeKcblSeeds },       { "lzss", MakeLzssSeeds },       { "pal", MakePalSeeds },
-    { "pres", MakePresSeeds },       { "resdata", MakeResdataSeeds }, { "replay", MakeReplaySeeds },
-    { "rle", MakeRleSeeds },         { "uu", MakeUuSeeds },           { "xbf", MakeXbfSeeds },
-    { "xiff", MakeXiffSeeds },
+    { "archive", MakeArchiveSeeds },   { "base64", MakeBase64Seeds },   { "bmp", MakeBmpSeeds },
+    { "dialog", MakeDialogSeeds },     { "debug", MakeDebugSeeds },     { "jpeg", MakeJpegSeeds },
+    { "kcbl", MakeKcblSeeds },         { "lzss", MakeLzssSeeds },       { "pal", MakePalSeeds },
+    { "pres", MakePresSeeds },         { "resdata", MakeResdataSeeds }, { "replay", MakeReplaySeeds },
+    { "rescheck", MakeRescheckSeeds }, { "rle", MakeRleSeeds },         { "uu", MakeUuSeeds },
+    { "xbf", MakeXbfSeeds },           { "xiff", MakeXiffSeeds },
 };
 } // namespace
 

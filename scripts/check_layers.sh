@@ -31,7 +31,7 @@ pictures: bitmap jpeg palette pictype
 screens: alpha font screen sprite
 input: keyboard mouse replay
 gui: button checkbox control frame groupbox radiobutton static titlebar url winctrl window
-gui/resources: dialog resdata
+gui/resources: dialog resdata resgrammar
 win: dibscreen
 umbrella: host system tarvix
 '

@@ -2,6 +2,7 @@
 
 #include "rescheck.h"
 #include "tool.h"
+#include "wordtables.h"
 
 #include "tarvix/error.h"
 #include "tarvix/kcbl.h"
@@ -21,16 +22,19 @@ namespace
 {
 const char s_szUsage[] = R"(kcbl check [OPTIONS] FILE...     lists every fault with its line
     --files DIR                  also looks for the files of resource scripts there
+    --strict                     takes warnings for faults
 kcbl fmt [OPTIONS] FILE...       writes files anew in the library's own form
     --check                      only names the files that would change
     --width N                    folds quoted strings at N columns
 kcbl get FILE PATH               prints strings of one item, one a line
 kcbl json FILE                   prints the tree as JSON
+kcbl words [FILE]                prints the words of resource scripts as Markdown,
+                                 or writes them anew between their marks in a file
 
 The file - is the standard input, which fmt writes to the standard output.
 check knows the words of resource scripts, which begin with "; script", and finds
 names and files that are not there. Files are looked for from the working
-directory and from the script's own.
+directory and from the script's own. A warning is what programs pass over.
 PATH is the item's keyword behind the names of its chunks: Name/Name/Keyword. A
 name may give more strings of the chunk's head: Window,main/Create. Keyword[2]
 prints string 2, counted from 0, and Keyword[2][1] element 1 of an array there.
@@ -50,7 +54,8 @@ bool ReadInput(const std::string &strPath, std::string &strText)
     return !ferror(stdin);
 }
 
-int Check(const CTool &tool, const std::vector<std::string> &files, const std::vector<std::string> &folders)
+int Check(const CTool &tool, const std::vector<std::string> &files, const std::vector<std::string> &folders,
+          bool bStrict)
 {
     size_t ulFaults = 0, ulBadFiles = 0;
     for (const std::string &strFile : files)
@@ -61,8 +66,9 @@ int Check(const CTool &tool, const std::vector<std::string> &files, const std::v
         const std::vector<TFault> faults = CheckScript(strText, strFile, folders);
         for (const TFault &fault : faults)
             PrintFault(strText, strFile, fault);
-        ulFaults += faults.size();
-        ulBadFiles += !faults.empty();
+        const size_t ulHere = bStrict ? faults.size() : CountFaults(faults);
+        ulFaults += ulHere;
+        ulBadFiles += ulHere != 0;
     }
     if (!ulFaults)
         return EXIT_GOOD;
@@ -489,6 +495,24 @@ int Json(const CTool &tool, const std::string &strFile)
     fputs("\n]\n", stdout);
     return EXIT_GOOD;
 }
+
+int Words(const CTool &tool, const std::string &strFile)
+{
+    if (strFile.empty())
+    {
+        fputs(WordTables().c_str(), stdout);
+        return EXIT_GOOD;
+    }
+    std::string strText;
+    if (!ReadWhole(strFile, strText))
+        return tool.Fail(strFile, "the file can't be read");
+    const std::string strBefore = strText, strWhy = ReplaceWordTables(strText);
+    if (!strWhy.empty())
+        return tool.Fail(strFile, strWhy);
+    if (strText != strBefore && !WriteWhole(strFile, strText))
+        return tool.Fail(strFile, "the file can't be written");
+    return EXIT_GOOD;
+}
 } // namespace
 
 int main(int argc, char **argv)
@@ -507,7 +531,7 @@ int main(int argc, char **argv)
     if (!tool.IsReady())
         return tool.FailWithReport("", "the library could not be started");
     const std::string strCommand = args.empty() ? "" : args[0];
-    bool bCheck = false;
+    bool bCheck = false, bStrict = false;
     xlong lWidth = 0;
     std::vector<std::string> files, folders;
     for (size_t ul = 1; ul < args.size(); ++ul)
@@ -522,18 +546,22 @@ int main(int argc, char **argv)
         }
         else if (strCommand == "check" && args[ul] == "--files" && ul + 1 < args.size())
             folders.push_back(args[++ul]);
+        else if (strCommand == "check" && args[ul] == "--strict")
+            bStrict = true;
         else if (args[ul].size() > 1 && args[ul][0] == '-')
             return tool.Usage(s_szUsage, args[ul] + ": there is no such option");
         else
             files.push_back(args[ul]);
     }
     if (strCommand == "check" && !files.empty())
-        return Check(tool, files, folders);
+        return Check(tool, files, folders, bStrict);
     if (strCommand == "fmt" && !files.empty())
         return FormatFiles(tool, files, bCheck, lWidth);
     if (strCommand == "get" && files.size() == 2)
         return Get(tool, files[0], files[1]);
     if (strCommand == "json" && files.size() == 1)
         return Json(tool, files[0]);
-    return tool.Usage(s_szUsage, "this takes check, fmt, get or json, and files");
+    if (strCommand == "words" && files.size() < 2)
+        return Words(tool, files.empty() ? "" : files[0]);
+    return tool.Usage(s_szUsage, "this takes check, fmt, get, json or words, and files");
 }

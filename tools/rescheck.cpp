@@ -1,13 +1,13 @@
 #include "rescheck.h"
 
+#include "scripttext.h"
 #include "tool.h"
 
-#include "tarvix/resdata.h"
+#include "tarvix/resgrammar.h"
 #include "tarvix/strings.h"
 #include "tarvix/systemfiles.h"
 
 #include <stdio.h>
-#include <string.h>
 
 #include <algorithm>
 #include <map>
@@ -15,36 +15,6 @@
 
 namespace
 {
-const int s_nDeepest = 50; // controls in each other
-
-// Line and column of an offset, counted on from one call to the next.
-class CPlaces
-{
-public:
-    explicit CPlaces(const std::string &strText) : m_strText(strText) {}
-
-    TKCBLFault At(size_t ulOffset)
-    {
-        if (ulOffset < m_ulAt)
-        {
-            m_ulAt = m_ulLine = 0;
-            m_lLine = 1;
-        }
-        for (; m_ulAt < ulOffset; ++m_ulAt)
-            if (m_strText[m_ulAt] == '\n' || (m_strText[m_ulAt] == '\r' && m_strText[m_ulAt + 1] != '\n'))
-            {
-                m_ulLine = m_ulAt + 1;
-                ++m_lLine;
-            }
-        return { "", (xlong)ulOffset, m_lLine, (xlong)(ulOffset - m_ulLine) + 1, 0 };
-    }
-
-private:
-    const std::string &m_strText;
-    size_t m_ulAt = 0, m_ulLine = 0;
-    xlong m_lLine = 1;
-};
-
 xlong KeepFault(const TKCBLFault *pFault, void *pUser)
 {
     ((std::vector<TFault> *)pUser)->push_back({ *pFault, pFault->pszText });
@@ -56,197 +26,65 @@ std::string Quoted(const std::string &str)
     return "\"" + str.substr(0, 60) + (str.size() > 60 ? "...\"" : "\"");
 }
 
-struct TField
+// What a string names, and where the names come from.
+const struct
 {
-    std::string strText;
-    size_t ulOffset;
-};
+    xlong lType, lSection;
+    const char *pszWhat;
+} s_Named[] = { { XRES_IS_ID, XRES_DEFINES, "id" },
+                { XRES_IS_BITMAP, XRES_BITMAPS, "bitmap" },
+                { XRES_IS_FONT, XRES_FONTS, "font" },
+                { XRES_IS_COLORS, XRES_COLORS, "colour" } };
 
-struct TItem
+using TNames = std::map<std::string, size_t>;  ///< in small letters, with the number of strings
+using TFound = std::map<xlong, const TItem *>; ///< by XRES_ITEM_...
+using TLists = std::vector<const TResRows<TResItem> *>;
+
+xlong FlagOf(const char *pszWord)
 {
-    std::string strKeyword; ///< in small letters
-    std::string strWritten;
-    size_t ulOffset = 0;
-    std::vector<TField> strings; ///< without a comment at the end
-    std::vector<size_t> items;   ///< of a chunk, by index
-    bool bChunk = false;
+    for (const TResData &flag : xResGrammar().Flags)
+        if (!xStricmp(flag.pszName, pszWord))
+            return flag.lValue;
+    return 0;
+}
 
-    bool IsComment() const { return strKeyword.empty() || strchr("; \t", strKeyword[0]); }
-    std::string String(size_t ul) const { return ul < strings.size() ? strings[ul].strText : ""; }
-    /// What a chunk is.
-    std::string Name() const { return Lower(String(0)); }
-};
+const char *WordOf(xlong lType)
+{
+    for (const TResControl &control : xResGrammar().Controls)
+        if (control.lType == lType)
+            return control.pszWord;
+    return "";
+}
 
-/// The items of a text with their places, as the library reads them.
-class CScript : public CKCBL
+const TResItem *ItemOf(const TLists &lists, xlong lItem)
+{
+    for (const auto *pItems : lists)
+        for (const TResItem &item : *pItems)
+            if (item.lItem == lItem)
+                return &item;
+    return nullptr;
+}
+
+size_t IndexOf(const TResItem &item, xlong lRole)
+{
+    size_t ul = 0;
+    while (item.Fields.pRows[ul].lRole != lRole)
+        ++ul;
+    return ul;
+}
+
+// Counts up while what is checked is passed over.
+class CPassOver
 {
 public:
-    explicit CScript(const std::string &strText) : m_Items(1)
-    {
-        Init();
-        std::vector<size_t> path = { 0 };
-        for (size_t ul = 0; ul < strText.size();)
-        {
-            const size_t ulStart = ul;
-            const TKCBLChunk *const pBefore = m_pCurChunk;
-            const xlong lCount = m_pCurChunk->m_lNumNodes;
-            const xlong lUsed = AddLine(strText.c_str() + ul);
-            if (lUsed < 0)
-                return;
-            if (m_pCurChunk == pBefore->pParent)
-                path.pop_back();
-            else if (m_pCurChunk != pBefore || m_pCurChunk->m_lNumNodes != lCount)
-            {
-                const TKCBLKeyword *const pItem = (const TKCBLKeyword *)pBefore->m_pLast->pData;
-                m_Items[path.back()].items.push_back(m_Items.size());
-                if (m_pCurChunk != pBefore)
-                    path.push_back(m_Items.size());
-                m_Items.push_back(MakeItem(pItem, strText, ul, ul + (size_t)lUsed));
-            }
-            ul += (size_t)lUsed;
-            ul += ul < strText.size() && strText[ul] == '\r';
-            ul += ul < strText.size() && strText[ul] == '\n';
-            if (ul == ulStart)
-                return;
-        }
-    }
-
-    const TItem &Root() const { return m_Items[0]; }
-    const TItem &operator[](size_t ul) const { return m_Items[ul]; }
+    CPassOver(int &nCount, bool bPassedOver) : m_nCount(nCount), m_bPassedOver(bPassedOver) { m_nCount += bPassedOver; }
+    CPassOver(const CPassOver &) = delete;
+    ~CPassOver() { m_nCount -= m_bPassedOver; }
 
 private:
-    static TItem MakeItem(const TKCBLKeyword *pItem, const std::string &strText, size_t ulStart, size_t ulEnd)
-    {
-        TItem item;
-        item.strWritten = pItem->pszKeyword;
-        item.strKeyword = Lower(item.strWritten);
-        item.bChunk = pItem->pChunk != nullptr;
-        const std::vector<size_t> places = FieldPlaces(strText, ulStart, ulEnd);
-        item.ulOffset = places[0];
-        for (xlong l = 0; l < pItem->lNumStrings; ++l)
-            item.strings.push_back(
-                { pItem->ppszStrings[l], (size_t)l + 1 < places.size() ? places[(size_t)l + 1] : places[0] });
-        while (!item.strings.empty() && item.strings.back().strText[0] == ';')
-            item.strings.pop_back();
-        return item;
-    }
-
-    // Where the keyword and the strings begin.
-    static std::vector<size_t> FieldPlaces(const std::string &strText, size_t ulStart, size_t ulEnd)
-    {
-        std::vector<size_t> places;
-        bool bWanted = true;
-        int nDepth = 0;
-        for (size_t ul = ulStart; ul < ulEnd; ++ul)
-        {
-            const char c = strText[ul];
-            if (c == ' ' || c == '\t' || c == '\r' || c == '\n')
-                continue;
-            if (c == ';' && bWanted && !places.empty())
-            {
-                // Behind a comma: dropped.
-                ul = std::min(strText.find_first_of("\r\n", ul), ulEnd);
-                continue;
-            }
-            if (bWanted || c == ';')
-                places.push_back(ul);
-            bWanted = false;
-            if (c == ';')
-                ul = std::min(strText.find_first_of("\r\n", ul), ulEnd);
-            else if (c == '"')
-            {
-                for (++ul; ul < ulEnd && strText[ul] != '"'; ++ul)
-                    ul += strText[ul] == '\\';
-            }
-            else if (c == '{' && places.size() > 1)
-                ++nDepth;
-            else if (c == '}' && nDepth)
-                --nDepth;
-            else if ((c == ',' || c == '=') && !nDepth)
-                bWanted = true;
-        }
-        if (places.empty())
-            places.push_back(ulStart);
-        return places;
-    }
-
-    std::vector<TItem> m_Items;
+    int &m_nCount;
+    const bool m_bPassedOver;
 };
-
-// What the strings of an item are, one letter each:
-//   t text  n number  i id  f flags  k key  b bitmap  F font  a animation
-//   A animation or None  c colour  r ramp of eight shades  p picture file
-//   x font file  . not read  ? those behind it may be missing
-struct TWord
-{
-    const char *pszWord;
-    const char *pszStrings;
-    bool bRepeats = false;
-};
-
-const TWord s_Defaults[] = { { "Font", "F" },         { "Caret", "b" },       { "Check", "b" },
-                             { "Close", "bbbb" },     { "Drop", "bbbb" },     { "ArrowUp", "bbbb" },
-                             { "ArrowDown", "bbbb" }, { "Titlebar", "rrrr" }, { "Frame", "rrrr" },
-                             { "Button", "rrrr" },    { "Static", "rrrr" } };
-
-const TWord s_Window[] = {
-    { "Create", "tnnnnf" },    { "TitlebarFlags", "f" }, { "TitlebarBitmap", "bbbb" },       { "FrameFlags", "f" },
-    { "FrameBitmap", "bbbb" }, { "Colors", "rrrr" },     { "CreateStatic", "itnnnnf", true }
-};
-
-const TWord s_Common[] = { { "Bitmap", "bbbb" },
-                           { "AnimBitmap", "aff", true },
-                           { "AnimLine", "ftnnAnnt?tttt", true },
-                           { "TextBufferSize", "n" },
-                           { "Font", "F" },
-                           { "TextColor", "c" },
-                           { "Colors", "rrrr" },
-                           { "Alpha", "n" } };
-
-const TWord s_CreateStatic = { "CreateStatic", "itnnnnf", true };
-const TWord s_Flags = { "Flags", "f" };
-const TWord s_Text = { "Text", "t" };
-const TWord s_Row = { "Text", "t", true };
-const TWord s_Delay = { "Delay", "n" };
-
-/// What a control takes beside "Create" and the common items.
-enum
-{
-    TAKES_NO_COMMON = 1,
-    TAKES_CAPTION = 2,
-    TAKES_SLIDER_PARTS = 4,
-    TAKES_TEXT = 8, ///< and a delay
-    TAKES_ROWS = 16,
-    TAKES_CONTROLS = 32,
-    TAKES_RADIOS = 64
-};
-
-const struct TControl
-{
-    const char *pszWord;
-    const char *pszCreate;
-    int nTakes;
-} s_Controls[] = {
-    { "Static", "tnnnnf", 0 },
-    { "Button", "tnnnnkf", 0 },
-    { "Progress", "nnnnf", 0 },
-    { "Timeout", "nnnnnnnf", 0 },
-    { "Slider", "nnnnnnnnf", TAKES_SLIDER_PARTS },
-    { "Radio", "tnnnnnkf", TAKES_CAPTION },
-    { "Combobox", "nnnnnkf?f", TAKES_ROWS | TAKES_CONTROLS },
-    { "Checkbox", "tnnnnnkf", TAKES_CAPTION },
-    { "Groupbox", "tnnnnf", TAKES_NO_COMMON | TAKES_RADIOS },
-    { "Edit", "tnnnnnf?f", 0 },
-    { "MultiEdit", "tnnnnnf?f", 0 },
-    { "Scrolltext", "tnnnnnf", TAKES_TEXT },
-    { "Listbox", "nnnnn.f", TAKES_ROWS | TAKES_CONTROLS },
-    { "URL", "ttnnnnkf", 0 },
-};
-
-const char s_szBuiltInColors[][6] = { "black", "white", "grey", "red", "green", "blue" };
-const char s_szBuiltInIds[][13] = { "ids_none", "idb_none", "idp_none", "idg_none", "idl_none", "xcntrl_close" };
-
-using TNames = std::map<std::string, size_t>; ///< in small letters, with a count
 
 class CChecker
 {
@@ -258,234 +96,207 @@ public:
 
     std::vector<TFault> Run()
     {
-        Sections();
-        for (const char *psz : s_szBuiltInColors)
-            m_Colors[psz] = 1;
-        Names("defines", "n", m_Ids);
-        if (m_Sections.count("defines"))
-            for (const char *psz : s_szBuiltInIds)
-                m_Ids[psz] = 1;
-        TNames unused;
-        Names("strings", "nt", unused);
-        unused.clear();
-        Names("values", "nn", unused);
-        unused.clear();
-        Names("palette", "p", unused);
-        Names("fonts", "x", m_Fonts);
-        Bitmaps();
-        Animations();
-        Colors();
-        if (const TItem *pSection = Section("defaults"))
-            Items(*pSection, "the defaults", { { s_Defaults, std::end(s_Defaults) } });
-        for (const TItem *pWindow : m_Windows)
+        std::vector<const TItem *> windows;
+        const std::map<const TResSection *, const TItem *> sections = Sections(windows);
+        for (const TResBuiltInColor &color : m_Grammar.Colors)
+            m_Names[XRES_COLORS][Lower(color.pszName)] = 1;
+        for (xlong l = 0; l < m_Grammar.Sections.lRows; ++l)
+            if (const auto found = sections.find(m_Grammar.Sections.pRows + l); found != sections.end())
+                Section(l, *found->first, *found->second);
+        std::set<std::string> names;
+        for (const TItem *pWindow : windows)
+        {
+            const bool bFirst = names.insert(Lower(pWindow->String(1))).second;
+            if (!bFirst)
+                Warn(pWindow->ulOffset, "only the first window " + Quoted(pWindow->String(1)) + " is read");
+            const CPassOver over(m_nPassedOver, !bFirst);
             Window(*pWindow);
+        }
         std::stable_sort(m_Faults.begin(), m_Faults.end(),
                          [](const TFault &a, const TFault &b) { return a.fault.lOffset < b.fault.lOffset; });
         return m_Faults;
     }
 
 private:
-    struct TWords
+    /// What the library refuses.
+    void Tell(size_t ulOffset, const std::string &strWhat)
     {
-        const TWord *pFirst, *pEnd;
-    };
-    using TWordLists = std::vector<TWords>;
-
-    void Tell(size_t ulOffset, const std::string &strWhat) { m_Faults.push_back({ m_Places.At(ulOffset), strWhat }); }
-
-    const TItem *Section(const std::string &strName) const
+        m_Faults.push_back({ m_Places.At(ulOffset), strWhat, m_nPassedOver != 0 });
+    }
+    /// What the library passes over.
+    void Warn(size_t ulOffset, const std::string &strWhat)
     {
-        const auto found = m_Sections.find(strName);
-        return found == m_Sections.end() ? nullptr : found->second;
+        m_Faults.push_back({ m_Places.At(ulOffset), strWhat, true });
     }
 
-    void Sections()
+    /// The first of each, and all windows.
+    std::map<const TResSection *, const TItem *> Sections(std::vector<const TItem *> &windows)
     {
-        static const std::set<std::string> s_Known = { "defines",  "strings", "values",     "palette",
-                                                       "fonts",    "bitmaps", "animations", "colors",
-                                                       "defaults", "window",  "data" };
+        std::map<const TResSection *, const TItem *> sections;
         for (size_t ul : m_Script.Root().items)
         {
             const TItem &item = m_Script[ul];
+            const auto section =
+                std::find_if(m_Grammar.Sections.begin(), m_Grammar.Sections.end(),
+                             [&](const TResSection &row) { return Lower(row.pszWord) == item.Name(); });
             if (item.IsComment())
                 continue;
-            const std::string strName = item.Name();
             if (!item.bChunk)
-                Tell(item.ulOffset, Quoted(item.strWritten) + " stands outside of all sections");
-            else if (!s_Known.count(strName))
-                Tell(item.strings.empty() ? item.ulOffset : item.strings[0].ulOffset,
+                Warn(item.ulOffset, Quoted(item.strWritten) + " stands outside of all sections");
+            else if (section == m_Grammar.Sections.end())
+                Warn(item.strings.empty() ? item.ulOffset : item.strings[0].ulOffset,
                      "unknown section " + Quoted(item.String(0)));
-            else if (strName == "window")
-                m_Windows.push_back(&item);
-            else if (!m_Sections.insert({ strName, &item }).second)
-                Tell(item.ulOffset, "only the first section " + Quoted(item.String(0)) + " is read");
+            else if (section->lRules & XRES_EACH)
+                windows.push_back(&item);
+            else if (!sections.insert({ section, &item }).second)
+                Warn(item.ulOffset, "only the first section " + Quoted(item.String(0)) + " is read");
         }
+        return sections;
     }
 
-    /// Puts a name into a list. @return false for one that the library refuses
-    void Add(TNames &names, const TItem &item, size_t ulCount = 1)
+    void Section(xlong lSection, const TResSection &section, const TItem &chunk)
     {
-        if (item.strWritten.size() >= RES_NAME_SIZE)
-            Tell(item.ulOffset, "a name has at most 31 characters");
-        else if (!names.insert({ item.strKeyword, ulCount }).second)
-            Tell(item.ulOffset, Quoted(item.strWritten) + " is there already, and the first one counts");
-    }
-
-    void Names(const char *pszSection, const char *pszStrings, TNames &names)
-    {
-        const TItem *const pSection = Section(pszSection);
-        for (size_t ul : pSection ? pSection->items : std::vector<size_t>())
-            if (const TItem &item = m_Script[ul]; !item.IsComment())
-            {
-                Add(names, item);
-                Strings(item, pszStrings);
-            }
-    }
-
-    void Size(const TItem &item, size_t ulWidth, bool bWhole)
-    {
-        if (ulWidth + 1 >= item.strings.size())
+        if (section.lRules & XRES_FREE)
             return;
-        const long lWidth = atol(item.String(ulWidth).c_str()), lHeight = atol(item.String(ulWidth + 1).c_str());
-        if (bWhole && (lWidth == -1 || lHeight == -1))
+        if (section.Items.pRows->pszWord)
+        {
+            Items(chunk, "the " + Lower(section.pszWord), { &section.Items });
             return;
-        if (lWidth < 1 || lHeight < 1 || (long long)lWidth * lHeight > RES_MAX_PIXELS)
-            Tell(item.strings[ulWidth].ulOffset, "this is no size of a picture");
-    }
-
-    void Bitmaps()
-    {
-        const TItem *const pSection = Section("bitmaps");
-        for (size_t ul : pSection ? pSection->items : std::vector<size_t>())
+        }
+        if (lSection == XRES_DEFINES)
+            for (const TResData &name : m_Grammar.Names)
+                m_Names[lSection][Lower(name.pszName)] = 1;
+        for (size_t ul : chunk.items)
         {
             const TItem &item = m_Script[ul];
             if (item.IsComment())
                 continue;
-            if (!item.bChunk)
+            if (!item.bChunk || !section.pChunk)
             {
-                Add(m_Bitmaps, item);
-                Strings(item, "pnnnn");
-                Size(item, 3, true);
+                Named(lSection, section, item, *section.Items.pRows);
                 continue;
             }
-            Strings(item, "p");
+            Strings(item, *section.pChunk);
             for (size_t ulPart : item.items)
-                if (const TItem &part = m_Script[ulPart]; !part.IsComment())
-                {
-                    Add(m_Bitmaps, part);
-                    Strings(part, "nnnn");
-                    Size(part, 2, true);
-                }
+                if (!m_Script[ulPart].IsComment())
+                    Named(lSection, section, m_Script[ulPart], *section.pInChunk);
         }
     }
 
-    void Animations()
+    // An item that the script gives a name.
+    void Named(xlong lSection, const TResSection &section, const TItem &item, const TResItem &row)
     {
-        const TItem *const pSection = Section("animations");
-        for (size_t ul : pSection ? pSection->items : std::vector<size_t>())
-        {
-            const TItem &item = m_Script[ul];
-            if (item.IsComment())
-                continue;
-            Add(m_Anims, item);
-            Strings(item, "pnnnnnnnn");
-            Size(item, 4, false);
-            if (item.strings.size() < 7)
-                continue;
-            const long lFrames = atol(item.String(6).c_str());
-            if (lFrames < 1 || lFrames > RES_MAX_FRAMES)
-                Tell(item.strings[6].ulOffset, "an animation has 1 to 65536 frames");
-        }
+        Strings(item, row);
+        if (!(section.lRules & XRES_NAMES))
+            return;
+        if (item.strWritten.size() >= RES_NAME_SIZE)
+            Tell(item.ulOffset, "a name has at most " + std::to_string(RES_NAME_SIZE - 1) + " characters");
+        else if (!m_Names[lSection].insert({ item.strKeyword, item.strings.size() }).second)
+            Warn(item.ulOffset, Quoted(item.strWritten) + " is there already, and the first one counts");
     }
 
-    void Colors()
-    {
-        const TItem *const pSection = Section("colors");
-        for (size_t ul : pSection ? pSection->items : std::vector<size_t>())
-        {
-            const TItem &item = m_Script[ul];
-            if (item.IsComment())
-                continue;
-            // A comment behind the shades would be taken for one more.
-            const size_t ulLineEnd = std::min(m_strText.find_first_of("\r\n", item.ulOffset), m_strText.size());
-            for (size_t ulAt = item.strings.empty() ? ulLineEnd : item.strings.back().ulOffset, ulQuotes = 0;
-                 ulAt < ulLineEnd; ++ulAt)
-            {
-                ulQuotes += m_strText[ulAt] == '"';
-                if (m_strText[ulAt] != ';' || ulQuotes % 2)
-                    continue;
-                Tell(ulAt, "a comment behind the shades of a colour is read as a shade");
-                break;
-            }
-            for (const TField &field : item.strings)
-                String(field, 'c');
-            Add(m_Colors, item, item.strings.size());
-        }
-    }
-
-    void Strings(const TItem &item, const char *pszStrings)
+    void Strings(const TItem &item, const TResItem &row)
     {
         size_t ulLeast = 0;
-        while (pszStrings[ulLeast] && pszStrings[ulLeast] != '?')
-            ++ulLeast;
-        if (item.strings.size() < ulLeast)
+        for (const TResField &field : row.Fields)
+            ulLeast += !(field.lRules & (XRES_OPTIONAL | XRES_MANY));
+        if (item.strings.size() + 1 == ulLeast && item.bComment && row.Fields.pRows[ulLeast - 1].lType == XRES_IS_TEXT)
+            Warn(item.ulOffset, "the comment is read as a string of " + Quoted(item.strWritten));
+        else if (item.strings.size() < ulLeast)
             Tell(item.ulOffset, Quoted(item.strWritten) + " takes " + std::to_string(ulLeast) + " strings and has " +
                                     std::to_string(item.strings.size()));
         size_t ul = 0;
-        for (const char *psz = pszStrings; *psz && ul < item.strings.size(); ++psz)
-            if (*psz != '?')
-                String(item.strings[ul++], *psz);
+        for (const TResField &field : row.Fields)
+        {
+            if (field.lRules & XRES_MANY)
+                NoComment(item);
+            do
+            {
+                if (ul < item.strings.size())
+                    String(item.strings[ul], field);
+                ++ul;
+            } while ((field.lRules & XRES_MANY) && ul < item.strings.size());
+        }
+        Size(item, row);
     }
 
-    void Known(const TField &field, const TNames &names, const char *pszWhat)
+    // Where each string counts, a comment behind them would be taken for one more.
+    void NoComment(const TItem &item)
     {
-        if (!names.count(Lower(field.strText)))
+        const size_t ulLineEnd = std::min(m_strText.find_first_of("\r\n", item.ulOffset), m_strText.size());
+        size_t ulQuotes = 0;
+        for (size_t ulAt = item.strings.empty() ? item.ulOffset : item.strings.back().ulOffset; ulAt < ulLineEnd;
+             ++ulAt)
+        {
+            ulQuotes += m_strText[ulAt] == '"';
+            if (m_strText[ulAt] == ';' && ulQuotes % 2 == 0)
+                return Tell(ulAt, "a comment behind the shades of a colour is read as a shade");
+        }
+    }
+
+    void Size(const TItem &item, const TResItem &row)
+    {
+        xlong lFrames = 1;
+        if (!(row.lRules & (XRES_AREA | XRES_FRAMES)))
+            return;
+        const size_t ulWidth = IndexOf(row, XRES_AS_WIDTH), ulHeight = IndexOf(row, XRES_AS_HEIGHT);
+        if (ulHeight >= item.strings.size())
+            return;
+        if (row.lRules & XRES_FRAMES)
+            lFrames = std::clamp<xlong>(Number(item.String(IndexOf(row, XRES_AS_FRAMES))), 1, RES_MAX_FRAMES);
+        if (!xIsResSize(row.lRules, Number(item.String(ulWidth)), Number(item.String(ulHeight)), lFrames))
+            Tell(item.strings[ulWidth].ulOffset, "this is no size of a picture");
+    }
+
+    void Known(const TField &field, xlong lSection, const char *pszWhat)
+    {
+        if (!m_Names[lSection].count(Lower(field.strText)))
             Tell(field.ulOffset, std::string("unknown ") + pszWhat + " " + Quoted(field.strText));
     }
 
-    void String(const TField &field, char cKind)
+    void String(const TField &field, const TResField &row)
     {
-        switch (cKind)
+        for (const auto &named : s_Named)
+            if (named.lType == row.lType)
+                Known(field, named.lSection, named.pszWhat);
+        xlong lValue;
+        xulong ulValue;
+        switch (row.lType)
         {
-        case 'n':
-            if (xlong lValue; !Ask(field.strText) || !m_Words.GetLong(0, &lValue))
+        case XRES_IS_NUMBER:
+            if (!Ask(field.strText) || !m_Words.GetLong(0, &lValue))
+                Tell(field.ulOffset, Quoted(field.strText) + " is no number");
+            else if ((row.lLeast || row.lMost) && (lValue < row.lLeast || lValue > row.lMost))
+            {
+                const std::string strRange = std::to_string(row.lLeast) + " to " + std::to_string(row.lMost);
+                Tell(field.ulOffset, row.lRole == XRES_AS_FRAMES
+                                         ? "an animation has " + strRange + " frames"
+                                         : Quoted(field.strText) + " lies outside of " + strRange);
+            }
+            break;
+        case XRES_IS_UNSIGNED:
+            if (!Ask(field.strText) || !m_Words.GetULong(0, &ulValue))
                 Tell(field.ulOffset, Quoted(field.strText) + " is no number");
             break;
-        case 'i':
-            Known(field, m_Ids, "id");
+        case XRES_IS_FLAGS:
+        case XRES_IS_KEY:
+            Words(field, row.lType == XRES_IS_KEY);
             break;
-        case 'f':
-        case 'k':
-            Words(field, cKind == 'k');
-            break;
-        case 'b':
-            Known(field, m_Bitmaps, "bitmap");
-            break;
-        case 'F':
-            Known(field, m_Fonts, "font");
-            break;
-        case 'A':
-            if (Lower(field.strText) == "none")
-                break;
-            [[fallthrough]];
-        case 'a':
-            Known(field, m_Anims, "animation");
-            break;
-        case 'c':
+        case XRES_IS_COLOR:
             Color(field);
             break;
-        case 'r':
-            Known(field, m_Colors, "colour");
-            if (const auto found = m_Colors.find(Lower(field.strText)); found != m_Colors.end() && found->second < 8)
+        case XRES_IS_COLORS:
+            if (const auto found = m_Names[XRES_COLORS].find(Lower(field.strText));
+                found != m_Names[XRES_COLORS].end() && found->second < 8)
                 Tell(field.ulOffset, "a control needs a colour of eight shades; " + Quoted(field.strText) + " has " +
                                          std::to_string(found->second));
             break;
-        case 'p':
+        case XRES_IS_PICTURE:
             if (const std::string str = Lower(field.strText);
                 str.size() < 4 || (str.compare(str.size() - 4, 4, ".bmp") && str.compare(str.size() - 4, 4, ".jpg")))
                 Tell(field.ulOffset, Quoted(field.strText) + " is no name of a picture: they are bmp and jpg files");
             [[fallthrough]];
-        case 'x':
+        case XRES_IS_FONTFILE:
             File(field);
         }
     }
@@ -495,6 +306,12 @@ private:
     {
         m_Words.Free();
         return m_Words.NewItem("Word", KSTRING, strText.c_str(), KEND) != 0;
+    }
+
+    xlong Number(const std::string &strText)
+    {
+        xlong lValue = 0;
+        return Ask(strText) && m_Words.GetLong(0, &lValue) ? lValue : 0;
     }
 
     // Flags and keys, each with the place of the word.
@@ -528,7 +345,7 @@ private:
         const char c = field.strText[ulStart];
         TRGBA Color;
         if (c < '0' || c > '9')
-            Known({ field.strText.substr(ulStart), field.ulOffset }, m_Colors, "colour");
+            Known({ field.strText.substr(ulStart), field.ulOffset }, XRES_COLORS, "colour");
         else if (!Ask(field.strText) || !m_Words.GetColor(0, &Color, 0))
             Tell(field.ulOffset, "a colour is four numbers in one pair of quotes, as \"255 128 0 0\"");
     }
@@ -541,30 +358,83 @@ private:
         Tell(field.ulOffset, "the file " + Quoted(field.strText) + " is missing");
     }
 
-    // Plain items against lists of words. @return those found, by word
-    std::map<std::string, const TItem *> Items(const TItem &chunk, const std::string &strWhere, const TWordLists &lists)
+    // Whether the string of another item lets this one be read.
+    bool Holds(const TResCondition &condition, const TFound &found, const TLists &lists)
     {
-        std::map<std::string, const TItem *> found;
+        const auto other = found.find(condition.lItem);
+        if (other == found.end() || condition.lRole == XRES_AS_OTHER)
+            return other != found.end();
+        const std::string strText = other->second->String(IndexOf(*ItemOf(lists, condition.lItem), condition.lRole));
+        if (!condition.pszFlag)
+            return Number(strText) != 0;
+        xlong lFlags = 0;
+        return Ask(strText) && m_Words.GetResFlags(0, &lFlags) && (lFlags & FlagOf(condition.pszFlag));
+    }
+
+    // Plain items against lists of words. @return those that are read
+    TFound Items(const TItem &chunk, const std::string &strWhere, const TLists &lists)
+    {
+        TFound found;
+        std::vector<std::pair<const TItem *, const TResItem *>> items;
         for (size_t ul : chunk.items)
         {
             const TItem &item = m_Script[ul];
+            const TResItem *pRow = nullptr;
+            for (const auto *pList : lists)
+                pRow = pRow ? pRow : xFindResItem(*pList, item.strKeyword.c_str());
             if (item.IsComment() || item.bChunk)
                 continue;
-            const TWord *pWord = nullptr;
-            for (const TWords &list : lists)
-                for (const TWord *p = list.pFirst; p != list.pEnd; ++p)
-                    if (!pWord && Lower(p->pszWord) == item.strKeyword)
-                        pWord = p;
-            if (!pWord)
+            if (!pRow)
+                Warn(item.ulOffset, "unknown word " + Quoted(item.strWritten) + " in " + strWhere);
+            else if (found.insert({ pRow->lItem, &item }).second || (pRow->lRules & XRES_EACH))
+                items.push_back({ &item, pRow });
+            else if (pRow->lRules & XRES_NEEDED)
             {
-                Tell(item.ulOffset, "unknown word " + Quoted(item.strWritten) + " in " + strWhere);
-                continue;
+                const CPassOver over(m_nPassedOver, true);
+                Strings(item, *pRow);
+                Warn(item.ulOffset, "only the first " + Quoted(item.strWritten) + " is read");
             }
-            Strings(item, pWord->pszStrings);
-            if (!found.insert({ item.strKeyword, &item }).second && !pWord->bRepeats)
-                Tell(item.ulOffset, "only the first " + Quoted(item.strWritten) + " is read");
+            else
+            {
+                // Which one depends on what was looked for before.
+                items.push_back({ &item, pRow });
+                Warn(item.ulOffset, "only one " + Quoted(item.strWritten) + " is read");
+            }
         }
+        for (const auto &[pItem, pRow] : items)
+        {
+            const CPassOver over(m_nPassedOver, IsPassedOver(*pItem, *pRow, found, lists));
+            Strings(*pItem, *pRow);
+        }
+        for (const auto *pList : lists)
+            for (const TResItem &row : *pList)
+                if (!found.count(row.lItem))
+                    Missing(chunk, strWhere, row, found, lists);
         return found;
+    }
+
+    bool IsPassedOver(const TItem &item, const TResItem &row, const TFound &found, const TLists &lists)
+    {
+        const TResCondition &condition = row.Condition;
+        if (!condition.lElse || Holds(condition, found, lists))
+            return false;
+        const std::string strFlag = condition.pszFlag ? std::string(condition.pszFlag) + " in " : "";
+        const std::string strOther = Quoted(ItemOf(lists, condition.lItem)->pszWord);
+        if (condition.lElse != XRES_ELSE_FAULT)
+            Warn(item.ulOffset, "this is read only with " + strFlag + strOther);
+        else if (found.count(condition.lItem))
+            Tell(item.ulOffset, "this needs " + strFlag + strOther);
+        return condition.lElse != XRES_ELSE_FAULT;
+    }
+
+    void Missing(const TItem &chunk, const std::string &strWhere, const TResItem &row, const TFound &found,
+                 const TLists &lists)
+    {
+        const TResCondition &condition = row.Condition;
+        if (row.lRules & XRES_NEEDED)
+            Tell(chunk.ulOffset, strWhere + " needs " + Quoted(row.pszWord));
+        else if (condition.lElse == XRES_ELSE_NONE && Holds(condition, found, lists))
+            Tell(found.at(condition.lItem)->ulOffset, std::string(condition.pszFlag) + " needs " + Quoted(row.pszWord));
     }
 
     void Name(const TItem &chunk)
@@ -572,137 +442,86 @@ private:
         if (chunk.strings.size() < 2)
             Tell(chunk.ulOffset, "the name is missing behind " + Quoted(chunk.String(0)));
         else
-            Known(chunk.strings[1], m_Ids, "id");
-    }
-
-    bool HasFlag(const TItem *pItem, size_t ulString, xlong lFlag)
-    {
-        xlong lFlags = 0;
-        return pItem && Ask(pItem->String(ulString)) && m_Words.GetResFlags(0, &lFlags) && (lFlags & lFlag);
+            Known(chunk.strings[1], XRES_DEFINES, "id");
     }
 
     void Window(const TItem &window)
     {
         Name(window);
-        auto found = Items(window, "a window", { { s_Window, std::end(s_Window) } });
-        const auto Find = [&](const char *psz) { return found.count(psz) ? found[psz] : nullptr; };
-        const TItem *const pCreate = Find("create");
-        if (!pCreate)
-            Tell(window.ulOffset, "a window needs \"Create\"");
-        const struct
-        {
-            const char *pszFlags, *pszNeeded, *pszDepends, *pszWritten;
-            xlong lFlag;
-        } parts[] = { { "titlebarflags", "XWIN_TITLEBAR", "titlebarbitmap", "TitlebarFlags", 1 },
-                      { "frameflags", "XWIN_FRAME", "framebitmap", "FrameFlags", 2 } };
-        for (const auto &part : parts)
-        {
-            const TItem *const pFlags = Find(part.pszFlags), *const pBitmap = Find(part.pszDepends);
-            if (pFlags && pCreate && !HasFlag(pCreate, 5, part.lFlag))
-                Tell(pFlags->ulOffset, std::string("this needs ") + part.pszNeeded + " in \"Create\"");
-            if (pBitmap && !HasFlag(pFlags, 0, CNTRL_HASBITMAP))
-                Tell(pBitmap->ulOffset,
-                     std::string("this is read only with CNTRL_HASBITMAP in \"") + part.pszWritten + "\"");
-            if (pFlags && !pBitmap && HasFlag(pFlags, 0, CNTRL_HASBITMAP))
-                Tell(pFlags->ulOffset, "CNTRL_HASBITMAP needs the bitmaps");
-        }
-        if (Find("colors") && !Find("frameflags"))
-            Tell(Find("colors")->ulOffset, "this is read only with \"FrameFlags\"");
+        Items(window, "a window", { &m_Grammar.Sections.pRows[XRES_WINDOW].Items });
         for (size_t ul : window.items)
             if (m_Script[ul].bChunk)
-                Control(m_Script[ul], 0);
+                Control(m_Script[ul], nullptr);
     }
 
-    void Control(const TItem &chunk, int nDepth)
+    void Control(const TItem &chunk, const TResControl *pParent)
     {
-        const auto control = std::find_if(std::begin(s_Controls), std::end(s_Controls),
-                                          [&](const TControl &c) { return Lower(c.pszWord) == chunk.Name(); });
         if (chunk.strings.empty())
-            return Tell(chunk.ulOffset, "a chunk without a word has no effect");
-        if (control == std::end(s_Controls))
+            return Warn(chunk.ulOffset, "a chunk without a word has no effect");
+        const TResControl *const pControl = xFindResControl(chunk.String(0).c_str());
+        if (pParent && (!pControl || pControl->lType != pParent->lChildren))
+            return OnlyChildren(chunk, *pParent);
+        if (!pControl)
             return Tell(chunk.strings[0].ulOffset, "unknown control " + Quoted(chunk.String(0)));
-        if (nDepth == s_nDeepest)
-            return Tell(chunk.ulOffset, "the controls lie too deep in each other");
         Name(chunk);
-        const std::string strWhere = std::string("a ") + control->pszWord;
-        const TWord create = { "Create", control->pszCreate };
-        TWordLists lists = { { &create, &create + 1 } };
-        if (!(control->nTakes & TAKES_NO_COMMON))
-            lists.push_back({ s_Common, std::end(s_Common) });
-        if (control->nTakes & TAKES_TEXT)
-        {
-            lists.push_back({ &s_Text, &s_Text + 1 });
-            lists.push_back({ &s_Delay, &s_Delay + 1 });
-        }
-        if (control->nTakes & TAKES_ROWS)
-            lists.push_back({ &s_Row, &s_Row + 1 });
-        if (control->nTakes & TAKES_CONTROLS)
-            lists.push_back({ &s_CreateStatic, &s_CreateStatic + 1 });
-        const auto found = Items(chunk, strWhere, lists);
-        const auto createItem = found.find("create");
-        if (createItem == found.end())
-            Tell(chunk.ulOffset, strWhere + " needs \"Create\"");
-        AnimLines(chunk);
+        const std::string strWhere = std::string("a ") + pControl->pszWord;
+        const TResRows<TResItem> &windowItems = m_Grammar.Sections.pRows[XRES_WINDOW].Items;
+        TLists lists = { &pControl->Items };
+        if (pControl->lCommon)
+            lists.push_back(&m_Grammar.Common);
+        const TFound found = Items(chunk, strWhere, lists);
+        std::set<std::string> parts;
         for (size_t ul : chunk.items)
         {
             const TItem &part = m_Script[ul];
-            if (!part.bChunk)
-                continue;
-            const std::string strName = part.Name();
-            if ((control->nTakes & TAKES_CAPTION) && strName == "caption")
-            {
-                if (createItem != found.end() && atol(createItem->second->String(5).c_str()) == 0)
-                    Tell(part.ulOffset, "a caption needs a width of the box, string 5 of \"Create\"");
-                Part(part, "a caption");
-            }
-            else if ((control->nTakes & TAKES_SLIDER_PARTS) &&
-                     (strName == "up" || strName == "down" || strName == "drag"))
-                Part(part, "a part of a slider");
-            else if ((control->nTakes & TAKES_RADIOS) && strName != "radio")
-                Tell(part.ulOffset, "a Groupbox takes only Radio");
-            else if (control->nTakes & (TAKES_CONTROLS | TAKES_RADIOS))
-                Control(part, nDepth + 1);
-            else
-                Tell(part.ulOffset, "unknown chunk " + Quoted(part.String(0)) + " in " + strWhere);
+            if (part.bChunk && pControl->lChildren != -1)
+                Control(part, pControl);
+            else if (part.bChunk)
+                Part(part, *pControl, found, lists, parts.insert(part.Name()).second);
+            else if (const TResItem *pShort = xFindResItem(windowItems, part.strKeyword.c_str());
+                     pControl->lChildren != -1 && pShort && (pShort->lRules & XRES_MAKES))
+                OnlyChildren(part, *pControl);
         }
     }
 
-    void Part(const TItem &chunk, const char *pszWhere)
+    void OnlyChildren(const TItem &item, const TResControl &parent)
     {
-        Items(chunk, pszWhere, { { s_Common, std::end(s_Common) }, { &s_Flags, &s_Flags + 1 } });
-        AnimLines(chunk);
+        Tell(item.ulOffset, std::string("a ") + parent.pszWord + " takes only " + WordOf(parent.lChildren));
     }
 
-    // The successors of animation lines are lines of the same state.
-    void AnimLines(const TItem &chunk)
+    void Part(const TItem &chunk, const TResControl &control, const TFound &found, const TLists &lists, bool bFirst)
     {
-        std::set<std::string> lines;
-        const auto LinesOf = [&](auto use)
+        for (const TResPart &part : control.Parts)
         {
-            for (size_t ul : chunk.items)
-                if (m_Script[ul].strKeyword == "animline")
-                    use(m_Script[ul], Lower(m_Script[ul].String(0)) + " ");
-        };
-        LinesOf([&](const TItem &item, const std::string &strState)
-                { lines.insert(strState + Lower(item.String(1))); });
-        LinesOf(
-            [&](const TItem &item, const std::string &strState)
+            if (Lower(part.pszWord) != chunk.Name())
+                continue;
+            const std::string strWhere = "a " + Lower(part.pszWord);
+            const TResCondition &condition = part.Condition;
+            const bool bRead = Holds(condition, found, lists);
+            if (!bRead && found.count(condition.lItem))
             {
-                for (size_t ul = 7; ul < std::min<size_t>(item.strings.size(), 12); ++ul)
-                    if (const std::string strNext = Lower(item.String(ul));
-                        strNext != "end" && !lines.count(strState + strNext))
-                        Tell(item.strings[ul].ulOffset, "unknown line " + Quoted(item.String(ul)));
-            });
+                const TResItem &other = *ItemOf(lists, condition.lItem);
+                const size_t ulString = IndexOf(other, condition.lRole);
+                Warn(chunk.ulOffset, strWhere + " needs a " + other.Fields.pRows[ulString].pszName + ", string " +
+                                         std::to_string(ulString) + " of " + Quoted(other.pszWord));
+            }
+            const CPassOver over(m_nPassedOver, !bRead);
+            Items(chunk, strWhere, { &part.Items, &m_Grammar.Common });
+            if (!bFirst)
+                Warn(chunk.ulOffset, "only one " + Quoted(chunk.String(0)) + " is read");
+            return;
+        }
+        Warn(chunk.ulOffset, "unknown chunk " + Quoted(chunk.String(0)) + " in a " + control.pszWord);
     }
 
+    const TResGrammar &m_Grammar = xResGrammar();
     const std::string &m_strText;
     const std::vector<std::string> &m_Folders;
     const CScript m_Script;
     CPlaces m_Places;
-    CResData m_Words; ///< knows the flags and keys
-    std::map<std::string, const TItem *> m_Sections;
-    std::vector<const TItem *> m_Windows;
-    TNames m_Ids, m_Fonts, m_Bitmaps, m_Anims, m_Colors; ///< m_Colors: with their shades
+    CResData m_Words;                ///< reads numbers, flags, keys and colours
+    std::map<xlong, TNames> m_Names; ///< by section
+    int m_nPassedOver = 0;           ///< the library does not look at what is being checked
     std::vector<TFault> m_Faults;
 };
 } // namespace
@@ -750,9 +569,19 @@ std::string PlaceOf(const std::string &strFile, const TFault &fault)
     return strFile + ":" + std::to_string(fault.fault.lLine) + ":" + std::to_string(fault.fault.lColumn);
 }
 
+std::string TextOf(const TFault &fault)
+{
+    return (fault.bWarning ? "warning: " : "") + fault.strText;
+}
+
+size_t CountFaults(const std::vector<TFault> &faults)
+{
+    return (size_t)std::count_if(faults.begin(), faults.end(), [](const TFault &fault) { return !fault.bWarning; });
+}
+
 void PrintFault(const std::string &strText, const std::string &strFile, const TFault &fault)
 {
-    printf("%s: %s\n", PlaceOf(strFile, fault).c_str(), fault.strText.c_str());
+    printf("%s: %s\n", PlaceOf(strFile, fault).c_str(), TextOf(fault).c_str());
     const size_t ulStart = (size_t)(fault.fault.lOffset - fault.fault.lColumn + 1);
     const size_t ulEnd = std::min(strText.find_first_of("\r\n", ulStart), strText.size());
     std::string strLine = strText.substr(ulStart, std::min<size_t>(ulEnd - ulStart, 1000));

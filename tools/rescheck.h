@@ -11,6 +11,7 @@ struct TFault
 {
     TKCBLFault fault; ///< its place; the text there is not used
     std::string strText;
+    bool bWarning = false; ///< the library reads the script all the same, and passes over this
 };
 
 /// The faults of the language. The tree is that of the text afterwards.
@@ -27,5 +28,9 @@ std::vector<TFault> CheckScript(const std::string &strText, const std::string &s
 
 /// "file:line:column"
 std::string PlaceOf(const std::string &strFile, const TFault &fault);
+/// What is wrong, with "warning: " before what is only passed over.
+std::string TextOf(const TFault &fault);
+/// Without the warnings.
+size_t CountFaults(const std::vector<TFault> &faults);
 /// Prints the place with the fault, the line of the script, and a mark under it.
 void PrintFault(const std::string &strText, const std::string &strFile, const TFault &fault);

@@ -4,6 +4,8 @@
 #include "tool.h"
 
 #include "tarvix/control.h"
+#include "tarvix/dialog.h"
+#include "tarvix/resgrammar.h"
 
 #include <algorithm>
 
@@ -49,24 +51,26 @@ CScriptMap::CScriptMap(const std::string &strText)
     if (!kcbl.Import(strText.c_str(), 0))
         return;
     // Windows may stand before the section with their ids.
-    for (const bool bDefines : { true, false })
+    for (xlong l = 0; l < xResGrammar().Sections.lRows; ++l)
     {
         kcbl.MainChunk();
         EachItem(kcbl,
                  [&](bool bChunk)
                  {
-                     if (bChunk && (Lower(Text(kcbl.GetString(0))) == "defines") == bDefines)
-                         Section(kcbl);
+                     if (bChunk && !xStricmp(Text(kcbl.GetString(0)).c_str(), xResGrammar().Sections.pRows[l].pszWord))
+                         Section(kcbl, l);
                  });
     }
 }
 
-void CScriptMap::Section(CKCBL &kcbl)
+void CScriptMap::Section(CKCBL &kcbl, xlong lSection)
 {
-    const std::string strSection = Lower(Text(kcbl.GetString(0))), strName = Text(kcbl.GetString(1));
+    const std::string strName = Text(kcbl.GetString(1));
     if (!kcbl.EnterChunk())
         return;
-    if (strSection == "defines")
+    const TResRows<TResItem> &items = xResGrammar().Sections.pRows[lSection].Items;
+    const xlong lType = items.lRows ? items.pRows->Fields.pRows->lType : XRES_IS_TEXT;
+    if (lSection == XRES_DEFINES)
         EachItem(kcbl,
                  [&](bool)
                  {
@@ -74,22 +78,13 @@ void CScriptMap::Section(CKCBL &kcbl)
                      if (kcbl.GetLong(0, &lID))
                          m_Ids.insert({ Lower(Text(kcbl.GetKeyword())), lID });
                  });
-    else if (strSection == "fonts")
-        Files(kcbl, m_lFonts);
-    else if (strSection == "bitmaps")
-        Files(kcbl, m_lBitmaps);
-    else if (strSection == "animations")
-        Files(kcbl, m_lAnims);
-    else if (strSection == "palette")
-    {
-        xlong lPalettes = 0;
-        Files(kcbl, lPalettes);
-    }
-    else if (strSection == "window")
+    else if (lSection == XRES_WINDOW)
     {
         m_Windows.push_back({ strName, "", IdOf(strName), {} });
         Controls(kcbl, m_Windows.back(), 0);
     }
+    else if (lType == XRES_IS_PICTURE || lType == XRES_IS_FONTFILE)
+        Files(kcbl, m_Loaded[lSection]);
     kcbl.ExitChunk();
 }
 
@@ -113,15 +108,19 @@ void CScriptMap::Files(CKCBL &kcbl, xlong &lCount)
 
 void CScriptMap::Controls(CKCBL &kcbl, TScriptWindow &window, int nDepth)
 {
+    const TResRows<TResItem> &items = xResGrammar().Sections.pRows[XRES_WINDOW].Items;
+    const TResControl *pControl = xResGrammar().Controls.begin(); // of the short form
+    while (pControl->lType != XDLG_STATIC)
+        ++pControl;
     EachItem(kcbl,
              [&](bool bChunk)
              {
                  const std::string strWord = Text(kcbl.GetString(0)), strName = Text(kcbl.GetString(1));
-                 const std::string strKeyword = Lower(Text(kcbl.GetKeyword()));
-                 if (!bChunk && !nDepth && strKeyword == "create" && window.strTitle.empty())
+                 const TResItem *const pItem = xFindResItem(items, kcbl.GetKeyword());
+                 if (!nDepth && pItem && pItem->lItem == XRES_ITEM_CREATE && window.strTitle.empty())
                      window.strTitle = strWord;
-                 else if (!bChunk && strKeyword == "createstatic")
-                     window.controls.push_back({ "Static", strWord, IdOf(strWord), nDepth });
+                 else if (pItem && (pItem->lRules & XRES_MAKES))
+                     window.controls.push_back({ pControl->pszWord, strWord, IdOf(strWord), nDepth });
                  // The parts of a control, as its caption, have no name.
                  else if (bChunk && !strName.empty() && nDepth < s_nDeepest)
                  {

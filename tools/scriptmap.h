@@ -41,10 +41,10 @@ public:
 
     std::vector<TScriptWindow> m_Windows;
     std::vector<std::string> m_Files; ///< as written, once each
-    xlong m_lFonts = 0, m_lBitmaps = 0, m_lAnims = 0;
+    std::map<xlong, xlong> m_Loaded;  ///< how many items of a section, by XRES_..., name files
 
 private:
-    void Section(CKCBL &kcbl);
+    void Section(CKCBL &kcbl, xlong lSection);
     void Files(CKCBL &kcbl, xlong &lCount);
     void Controls(CKCBL &kcbl, TScriptWindow &window, int nDepth);
     xlong IdOf(const std::string &strName) const;
@@ -60,7 +60,7 @@ struct TScript
     std::vector<TFault> faults;
     bool bLanguage = false; ///< no faults of the language: a map can be made
 
-    bool IsGood() const { return strWhy.empty() && faults.empty(); }
+    bool IsGood() const { return strWhy.empty() && !CountFaults(faults); }
 };
 
 /// Reads a text or a packed file of the working directory and checks it.

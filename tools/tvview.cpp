@@ -115,9 +115,8 @@ int Check(const CTool &tool, const TOptions &options)
         PrintFault(script.strText, options.strShown, fault);
     if (!script.strWhy.empty())
         return tool.Fail(options.strShown, script.strWhy);
-    if (!script.faults.empty())
-        return tool.Fail(options.strShown,
-                         std::to_string(script.faults.size()) + (script.faults.size() == 1 ? " fault" : " faults"));
+    if (const size_t ulFaults = CountFaults(script.faults))
+        return tool.Fail(options.strShown, std::to_string(ulFaults) + (ulFaults == 1 ? " fault" : " faults"));
     const CScriptMap map(script.strText);
     for (const std::string &strName : options.windows)
         if (!map.FindWindow(strName))

@@ -1,6 +1,9 @@
 #include "viewer.h"
 
+#include "scripttext.h"
+
 #include "tarvix/globals.h"
+#include "tarvix/resgrammar.h"
 #include "tarvix/screen.h"
 #include "tarvix/start.h"
 #include "tarvix/strings.h"
@@ -113,7 +116,7 @@ void Describe(const std::string &strText, const std::string &strFile, const TFau
               std::vector<std::string> &lines)
 {
     Wrap(PlaceOf(strFile, fault), ulColumns, lines);
-    Wrap(fault.strText, ulColumns, lines);
+    Wrap(TextOf(fault), ulColumns, lines);
     const size_t ulColumn = (size_t)fault.fault.lColumn - 1;
     const size_t ulFrom = ulColumn < ulColumns - 4 ? 0 : ulColumn - ulColumns / 2;
     const std::string strLine = LineOf(strText, fault);
@@ -141,18 +144,7 @@ std::string LibraryError()
 TKCBLFault PlaceOfName(const std::string &strText, const std::string &strFile)
 {
     const size_t ulFound = strText.find(strFile);
-    const size_t ulOffset = ulFound == std::string::npos ? 0 : ulFound;
-    TKCBLFault place = { "", (xlong)ulOffset, 1, 1, 0 };
-    for (size_t ul = 0; ul < ulOffset; ++ul)
-    {
-        ++place.lColumn;
-        if (strText[ul] == '\n' || (strText[ul] == '\r' && strText[ul + 1] != '\n'))
-        {
-            ++place.lLine;
-            place.lColumn = 1;
-        }
-    }
-    return place;
+    return CPlaces(strText).At(ulFound == std::string::npos ? 0 : ulFound);
 }
 
 // Files that are there and can't be used: the library does not always name them.
@@ -271,15 +263,13 @@ bool CViewer::Load()
         if (!m_strFault.empty())
             FindBadFiles(script, map);
     }
-    if (!script.faults.empty())
+    if (const size_t ulFaults = CountFaults(script.faults))
+        m_strFault = std::to_string(ulFaults) + (ulFaults == 1 ? " fault" : " faults");
+    for (const TFault &fault : script.faults)
     {
-        m_strFault = std::to_string(script.faults.size()) + (script.faults.size() == 1 ? " fault" : " faults");
-        for (const TFault &fault : script.faults)
-        {
-            PrintFault(script.strText, m_strShown, fault);
-            if (lines.size() < s_ulMostLines)
-                Describe(script.strText, m_strFile, fault, ulColumns, lines);
-        }
+        PrintFault(script.strText, m_strShown, fault);
+        if (!fault.bWarning && lines.size() < s_ulMostLines)
+            Describe(script.strText, m_strFile, fault, ulColumns, lines);
     }
     if (lines.empty() && !m_strFault.empty())
         Wrap(m_strFile + ": " + m_strFault, ulColumns, lines);
@@ -329,9 +319,9 @@ std::string CViewer::Build(TShown &shown, const std::string &strText)
     glb->m_Error.Clear();
     const xlong lRead = shown.res.Import(strText.c_str());
     const std::string strWhy = LibraryError();
-    const bool bComplete = shown.res.m_listFonts.m_lNumNodes >= shown.map.m_lFonts &&
-                           shown.res.m_listBitmaps.m_lNumNodes >= shown.map.m_lBitmaps &&
-                           shown.res.m_listAnims.m_lNumNodes >= shown.map.m_lAnims;
+    const bool bComplete = shown.res.m_listFonts.m_lNumNodes >= shown.map.m_Loaded[XRES_FONTS] &&
+                           shown.res.m_listBitmaps.m_lNumNodes >= shown.map.m_Loaded[XRES_BITMAPS] &&
+                           shown.res.m_listAnims.m_lNumNodes >= shown.map.m_Loaded[XRES_ANIMATIONS];
     // A palette that is met for the first time has no table on the disk, which is reported but no fault.
     if (!lRead || !bComplete || (!strWhy.empty() && strWhy.find(".tab\"") == std::string::npos))
         return strWhy.empty() ? "the script can't be read" : strWhy;

@@ -7,6 +7,8 @@
 #include "tarvix/llist.h"
 #include "tarvix/palette.h"
 
+struct TResSection;
+
 enum
 {
     RES_NAME_SIZE = 32, ///< with the zero, as RES_FILE_SIZE
@@ -180,10 +182,8 @@ protected:
 private:
     xlong LoadPacked(const char *pszPath, xulong ulSize, xulong ulPacked);
     xlong LoadBitmapChunk();
-    bool EnterSection(const char *pszName);
+    const TResSection *EnterSection(xlong lSection);
     xlong AddDefine(const char *pszName, xlong lId);
-    xlong GetFourBitmaps(CBitmap **ppBitmaps);
-    xlong GetFourColors(TCntrlColor **ppColors);
 
     struct TChain
     {

@@ -40,6 +40,7 @@
 #include "tarvix/rect.h"
 #include "tarvix/replay.h"
 #include "tarvix/resdata.h"
+#include "tarvix/resgrammar.h"
 #include "tarvix/rle.h"
 #include "tarvix/screen.h"
 #include "tarvix/sprite.h"

@@ -1,3 +1,4 @@
+#include "core/chars.h"
 #include "tarvix/error.h"
 #include "tarvix/memory.h"
 #include "tarvix/strings.h"
@@ -6,11 +7,6 @@
 
 namespace
 {
-bool IsSeparator(char c)
-{
-    return c == '/' || c == '\\';
-}
-
 // The longest path plus what joining adds must stay a block's size.
 bool IsTooLong(size_t ulLen)
 {

@@ -1,5 +1,6 @@
 #include "tarvix/archive.h"
 
+#include "core/chars.h"
 #include "tarvix/error.h"
 #include "tarvix/file.h"
 #include "tarvix/strings.h"
@@ -18,11 +19,6 @@ const xulong s_ulMostBytes = 0x7fffff00;
 const xulong s_ulLongestName = 0xffff;
 const xulong s_ulSmallestPacked = 2049; // bytes: below, nothing is gained
 const char *const s_pszPackedTypes[] = { "mp3", "jpg", "xrs" };
-
-bool IsSeparator(char c)
-{
-    return c == '/' || c == '\\';
-}
 
 bool IsPackedType(const char *pszFile)
 {

@@ -65,14 +65,6 @@ TCntrlAnim *RunningAnim(const CControlBase &control, xlong lState)
     return control.m_lFlags & AnimFlagOf(lState) ? control.m_Look.m_pAnim[LookOf(lState)] : nullptr;
 }
 
-void Store(CBitmap **ppTo, CBitmap *pReleased, CBitmap *pPressed, CBitmap *pHighlight, CBitmap *pDisabled)
-{
-    ppTo[XLOOK_RELEASED] = pReleased;
-    ppTo[XLOOK_PRESSED] = pPressed;
-    ppTo[XLOOK_HIGHLIGHT] = pHighlight;
-    ppTo[XLOOK_DISABLED] = pDisabled;
-}
-
 // What lies behind a see-through control has to be put back before it is drawn
 // again, unless something opaque is drawn there anyway.
 bool NeedsBackground(const CControlBase &control)
@@ -207,7 +199,7 @@ xlong CControlBase::SetTextColor(TRGBA Color)
 
 xlong CControlBase::SetBitmap(CBitmap *pReleased, CBitmap *pPressed, CBitmap *pHighlight, CBitmap *pDisabled)
 {
-    Store(m_Look.m_pBitmap, pReleased, pPressed, pHighlight, pDisabled);
+    StoreLook(m_Look.m_pBitmap, pReleased, pPressed, pHighlight, pDisabled);
     return 1;
 }
 

@@ -24,6 +24,17 @@ inline TPlace PlaceOf(const CControlBase &control, xlong lX, xlong lY)
 /// Place of a state in the arrays of a look; -1 when it has none.
 int LookOf(xlong lState);
 
+/// Puts something for each state into an array of a look. @return 1
+template <class T>
+xlong StoreLook(T **ppTo, T *pReleased, T *pPressed, T *pHighlight, T *pDisabled)
+{
+    ppTo[XLOOK_RELEASED] = pReleased;
+    ppTo[XLOOK_PRESSED] = pPressed;
+    ppTo[XLOOK_HIGHLIGHT] = pHighlight;
+    ppTo[XLOOK_DISABLED] = pDisabled;
+    return 1;
+}
+
 inline bool IsSeeThrough(const CControlBase &control)
 {
     return (control.m_lFlags & (CNTRL_ALPHA | CNTRL_TRANSPARENT)) != 0;

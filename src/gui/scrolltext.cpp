@@ -1,4 +1,5 @@
 #include "gui/look.h"
+#include "screens/screenbitmap.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
 #include "tarvix/font.h"
@@ -140,7 +141,7 @@ xlong CScrollText::Create(char *pszText, xlong lX, xlong lY, xlong lWidth, xlong
     const bool bNoMemory = !SetText(pszText) && m_lLength == 0 && m_Look.m_pFont && WidestChar(*m_Look.m_pFont) > 0;
     XDELETE(m_pBitmap);
     m_pBitmap = XNEW(CBitmap);
-    if (bNoMemory || !m_pBitmap || !m_pBitmap->CreateRGB(lWidth + s_lSpareWidth, lHeight, 24, 8, 8, 8, 16, 8, 0, 1))
+    if (bNoMemory || !m_pBitmap || !CreateForScreen(m_pBitmap, lWidth + s_lSpareWidth, lHeight))
         return xError(XERR_MEMORY);
     if (glb->m_pScreen)
         glb->m_pScreen->MakeScreenFormat(m_pBitmap, 1);

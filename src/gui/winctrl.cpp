@@ -2,6 +2,7 @@
 
 #include "core/msgsys.h"
 #include "core/walk.h"
+#include "gui/look.h"
 #include "input/paste.h"
 #include "screens/screenhooks.h"
 #include "tarvix/bitmap.h"
@@ -44,16 +45,6 @@ enum
     SET_TITLE_ACTIVE = 6,
     SET_PROGRESS = 7
 };
-
-template <class T>
-xlong Store(T **ppTo, T *pReleased, T *pPressed, T *pHighlight, T *pDisabled)
-{
-    ppTo[XLOOK_RELEASED] = pReleased;
-    ppTo[XLOOK_PRESSED] = pPressed;
-    ppTo[XLOOK_HIGHLIGHT] = pHighlight;
-    ppTo[XLOOK_DISABLED] = pDisabled;
-    return 1;
-}
 
 void RemapDefaultsOfGlobals()
 {
@@ -193,12 +184,13 @@ xlong CWinCtrl::Create()
                     &colors[6], &colors[7]);
     }
     TCntrlColor **const ppSets = m_pColorSets;
-    Store(m_pDefButtonColors, ppSets[SET_BUTTON], ppSets[SET_BUTTON + 1], ppSets[SET_BUTTON + 2],
-          ppSets[SET_BUTTON + 3]);
-    Store(m_pDefFrameColors, ppSets[SET_FRAME], ppSets[SET_FRAME], ppSets[SET_FRAME], ppSets[SET_FRAME]);
-    Store(m_pDefTitlebarColors, ppSets[SET_TITLE], ppSets[SET_TITLE_ACTIVE], ppSets[SET_TITLE_ACTIVE],
-          ppSets[SET_TITLE]);
-    Store(m_pDefProgressColors, ppSets[SET_PROGRESS], ppSets[SET_PROGRESS], ppSets[SET_PROGRESS], ppSets[SET_PROGRESS]);
+    StoreLook(m_pDefButtonColors, ppSets[SET_BUTTON], ppSets[SET_BUTTON + 1], ppSets[SET_BUTTON + 2],
+              ppSets[SET_BUTTON + 3]);
+    StoreLook(m_pDefFrameColors, ppSets[SET_FRAME], ppSets[SET_FRAME], ppSets[SET_FRAME], ppSets[SET_FRAME]);
+    StoreLook(m_pDefTitlebarColors, ppSets[SET_TITLE], ppSets[SET_TITLE_ACTIVE], ppSets[SET_TITLE_ACTIVE],
+              ppSets[SET_TITLE]);
+    StoreLook(m_pDefProgressColors, ppSets[SET_PROGRESS], ppSets[SET_PROGRESS], ppSets[SET_PROGRESS],
+              ppSets[SET_PROGRESS]);
     return 1;
 }
 
@@ -313,19 +305,19 @@ void CWinCtrl::PrintWinList()
 xlong CWinCtrl::SetDefaultFrame(TCntrlColor *pReleased, TCntrlColor *pPressed, TCntrlColor *pHighlight,
                                 TCntrlColor *pDisabled)
 {
-    return Store(m_pDefFrameColors, pReleased, pPressed, pHighlight, pDisabled);
+    return StoreLook(m_pDefFrameColors, pReleased, pPressed, pHighlight, pDisabled);
 }
 
 xlong CWinCtrl::SetDefaultTitlebar(TCntrlColor *pReleased, TCntrlColor *pPressed, TCntrlColor *pHighlight,
                                    TCntrlColor *pDisabled)
 {
-    return Store(m_pDefTitlebarColors, pReleased, pPressed, pHighlight, pDisabled);
+    return StoreLook(m_pDefTitlebarColors, pReleased, pPressed, pHighlight, pDisabled);
 }
 
 xlong CWinCtrl::SetDefaultButton(TCntrlColor *pReleased, TCntrlColor *pPressed, TCntrlColor *pHighlight,
                                  TCntrlColor *pDisabled)
 {
-    return Store(m_pDefButtonColors, pReleased, pPressed, pHighlight, pDisabled);
+    return StoreLook(m_pDefButtonColors, pReleased, pPressed, pHighlight, pDisabled);
 }
 
 xlong CWinCtrl::SetDefaultFont(CFont *pFont)
@@ -348,22 +340,22 @@ xlong CWinCtrl::SetDefaultCheck(CBitmap *pBitmap)
 
 xlong CWinCtrl::SetDefaultClose(CBitmap *pReleased, CBitmap *pPressed, CBitmap *pHighlight, CBitmap *pDisabled)
 {
-    return Store(m_pDefClose, pReleased, pPressed, pHighlight, pDisabled);
+    return StoreLook(m_pDefClose, pReleased, pPressed, pHighlight, pDisabled);
 }
 
 xlong CWinCtrl::SetDefaultDrop(CBitmap *pReleased, CBitmap *pPressed, CBitmap *pHighlight, CBitmap *pDisabled)
 {
-    return Store(m_pDefDrop, pReleased, pPressed, pHighlight, pDisabled);
+    return StoreLook(m_pDefDrop, pReleased, pPressed, pHighlight, pDisabled);
 }
 
 xlong CWinCtrl::SetDefaultArrowUp(CBitmap *pReleased, CBitmap *pPressed, CBitmap *pHighlight, CBitmap *pDisabled)
 {
-    return Store(m_pDefArrowUp, pReleased, pPressed, pHighlight, pDisabled);
+    return StoreLook(m_pDefArrowUp, pReleased, pPressed, pHighlight, pDisabled);
 }
 
 xlong CWinCtrl::SetDefaultArrowDown(CBitmap *pReleased, CBitmap *pPressed, CBitmap *pHighlight, CBitmap *pDisabled)
 {
-    return Store(m_pDefArrowDown, pReleased, pPressed, pHighlight, pDisabled);
+    return StoreLook(m_pDefArrowDown, pReleased, pPressed, pHighlight, pDisabled);
 }
 
 xlong CWinCtrl::SetCursors(xulong ulDefault, xulong ulText, xulong ulHand)

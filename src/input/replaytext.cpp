@@ -1,5 +1,6 @@
 #include "input/replaytext.h"
 
+#include "core/chars.h"
 #include "tarvix/keyboard.h"
 #include "tarvix/mouse.h"
 
@@ -15,11 +16,6 @@ int HexDigit(char c)
            : c >= 'a' && c <= 'f' ? c - 'a' + 10
            : c >= 'A' && c <= 'F' ? c - 'A' + 10
                                   : -1;
-}
-
-bool IsBlank(char c)
-{
-    return c == ' ' || c == '\t';
 }
 } // namespace
 
@@ -62,10 +58,10 @@ bool CReplayLine::TakeNumber(const TReplayRange &range, xlong *plValue)
     const char *psz = m_psz;
     const bool bNegative = *psz == '-';
     psz += bNegative;
-    if (*psz < '0' || *psz > '9')
+    if (!IsDigit(*psz))
         return false;
     long long llValue = 0;
-    for (; *psz >= '0' && *psz <= '9'; ++psz)
+    for (; IsDigit(*psz); ++psz)
     {
         llValue = llValue * 10 + (*psz - '0');
         if (llValue > 0x7fffffff)

@@ -1,5 +1,6 @@
 #include "tarvix/kcbl.h"
 
+#include "core/chars.h"
 #include "kcbl/kcblitem.h"
 #include "tarvix/error.h"
 #include "tarvix/strings.h"
@@ -95,32 +96,23 @@ void FreeItems(TKCBLChunk *pTop)
     }
 }
 
-// As scanf's %ld and %lu: one loop does for both, since both wrap on 32 bits.
-xlong ScanInteger(const char *psz, xulong *pulValue)
+// With the white space before it, as scanf reads.
+xlong ReadInteger(const char *psz, xulong *pulValue)
 {
     while (*psz == ' ' || (*psz >= '\t' && *psz <= '\r'))
         ++psz;
-    const bool bMinus = *psz == '-';
-    if (*psz == '-' || *psz == '+')
-        ++psz;
-    if (*psz < '0' || *psz > '9')
-        return 0;
-    xulong ulValue = 0;
-    for (; *psz >= '0' && *psz <= '9'; ++psz)
-        ulValue = ulValue * 10 + (xulong)(*psz - '0');
-    *pulValue = bMinus ? 0 - ulValue : ulValue;
-    return 1;
+    return ScanInteger(psz, pulValue);
 }
 
 xlong Convert(const char *psz, xulong *pulValue)
 {
-    return ScanInteger(psz, pulValue);
+    return ReadInteger(psz, pulValue);
 }
 
 xlong Convert(const char *psz, xlong *plValue)
 {
     xulong ulValue;
-    if (!ScanInteger(psz, &ulValue))
+    if (!ReadInteger(psz, &ulValue))
         return 0;
     *plValue = (xlong)ulValue;
     return 1;

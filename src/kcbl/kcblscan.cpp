@@ -1,5 +1,6 @@
 #include "kcbl/kcblscan.h"
 
+#include "core/chars.h"
 #include "kcbl/kcblitem.h"
 
 #include <stddef.h>
@@ -52,11 +53,6 @@ constexpr TClasses s_Classes;
 inline int ClassOf(char c)
 {
     return s_Classes.aucClass[(unsigned char)c];
-}
-
-inline bool IsBlank(char c)
-{
-    return c == ' ' || c == '\t';
 }
 
 inline bool IsLineEnd(char c)

@@ -1,5 +1,6 @@
 #include "tarvix/font.h"
 
+#include "screens/screenbitmap.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
@@ -74,7 +75,7 @@ xlong ToScreen(CBitmap *pBitmap)
         return 1;
     if (pMode->lDepth == 8)
         return pBitmap->ConvertIndex(-1, -1, 8, pScreen->GetPalette(), 0);
-    return pScreen->MakeScreenBitmap(pBitmap, 1) || pScreen->MakeScreenFormat(pBitmap, 1);
+    return BringToScreen(pBitmap);
 }
 } // namespace
 
@@ -362,7 +363,7 @@ xlong CFont::MakeScreenBitmap()
     m_pScreenBitmap = XNEW(CBitmap);
     if (!m_pScreenBitmap)
         return xError(XERR_MEMORY);
-    if (!m_pScreenBitmap->CreateRGB(m_pFontBitmap->m_lWidth, m_pFontBitmap->m_lHeight, 24, 8, 8, 8, 16, 8, 0, 1))
+    if (!CreateForScreen(m_pScreenBitmap, m_pFontBitmap->m_lWidth, m_pFontBitmap->m_lHeight))
         return 0;
     ClipToAll(m_pScreenBitmap);
     m_pScreenBitmap->Blt(m_pFontBitmap, 0, 0, 0, 0, -1, -1, 0, 0, 0);

@@ -1,5 +1,6 @@
 #include "tarvix/systemdirs.h"
 
+#include "core/chars.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/llist.h"
@@ -15,11 +16,6 @@ namespace
 const DWORD s_ulWorkingDirectory = 257;
 
 char s_szSavedDir[512];
-
-bool IsSeparator(char c)
-{
-    return c == '/' || c == '\\';
-}
 
 char *NewFormatted(const char *pszFormat, const char *pszA, const char *pszB)
 {

@@ -1,6 +1,7 @@
 #include "tarvix/dialog.h"
 
 #include "gui/resources/guictrl.h"
+#include "gui/resources/resfields.h"
 #include "tarvix/control.h"
 #include "tarvix/error.h"
 #include "tarvix/frame.h"
@@ -14,6 +15,37 @@ enum
 {
     DIALOG_HIDDEN = 1 // of Create
 };
+
+const TResSection &WindowGrammar()
+{
+    return xResGrammar().Sections.pRows[XRES_WINDOW];
+}
+
+// Flags of a part of the window, with bitmaps when they ask for them. The texts
+// are those of the title bar for the frame's bitmaps too.
+// @param pPart  null where a script asks for what its window lacks
+// @return 1 also without flags in the script, and bThere tells which
+xlong ReadPart(CResData *pRes, CControlBase *pPart, xlong lFlagsItem, xlong lBitmapItem, const char *pszFault,
+               bool &bThere)
+{
+    const TResItem *const pFlags = FindItemOf(*pRes, WindowGrammar().Items, lFlagsItem);
+    bThere = pFlags != nullptr;
+    if (!pFlags)
+        return 1;
+    CResFields fields;
+    if (!pPart || !fields.Read(*pRes, pFlags->Fields))
+        return xErrorTxt(pszFault);
+    pPart->SetFlag(fields.NumberAt(0));
+    if (!(fields.NumberAt(0) & CNTRL_HASBITMAP))
+        return 1;
+    const TResItem *const pBitmap = FindItemOf(*pRes, WindowGrammar().Items, lBitmapItem);
+    if (!pBitmap)
+        return xErrorTxt("Unable to find the titlebar bitmap keyword");
+    return fields.Read(*pRes, pBitmap->Fields) &&
+                   pPart->SetBitmap(fields.BitmapAt(0), fields.BitmapAt(1), fields.BitmapAt(2), fields.BitmapAt(3))
+               ? 1
+               : xErrorTxt("Unable to get all the titlebar bitmaps");
+}
 } // namespace
 
 void FreeGuiCtrl(TGuiCtrl *pGuiCtrl)
@@ -39,9 +71,9 @@ xlong CDialog::Create(CResData *pRes, xlong lID, TGuiCallback pfnCallback, xlong
     pRes->RestartMode(1);
     pRes->MainChunk();
     pRes->FirstItem();
-    if (!pRes->FindItem("{", "Window", pszName, nullptr))
+    if (!pRes->FindItem("{", WindowGrammar().pszWord, pszName, nullptr))
         return xErrorTxt("Unable to find specified window in the resource data");
-    if (!pRes->EnterChunk() || !pRes->FindItem("Create", nullptr, nullptr, nullptr))
+    if (!pRes->EnterChunk() || !FindItemOf(*pRes, WindowGrammar().Items, XRES_ITEM_CREATE))
         return xErrorTxt("\"Create\" keyword missing for window");
     if (!BuildWindow(pRes, lID))
     {
@@ -62,12 +94,13 @@ xlong CDialog::Create(CResData *pRes, xlong lID, TGuiCallback pfnCallback, xlong
 
 xlong CDialog::BuildWindow(CResData *pRes, xlong lID)
 {
-    char *const pszTitle = pRes->GetString(0);
-    xlong lX = 0, lY = 0, lWidth = 0, lHeight = 0, lFlags = 0;
-    if (!pszTitle || !pRes->GetLong(1, &lX) || !pRes->GetLong(2, &lY) || !pRes->GetLong(3, &lWidth) ||
-        !pRes->GetLong(4, &lHeight) || !pRes->GetResFlags(5, &lFlags))
+    const TResItem *const pItem = xFindResItem(WindowGrammar().Items, pRes->GetKeyword());
+    CResFields fields;
+    if (!pItem || !fields.Read(*pRes, pItem->Fields))
         return xErrorTxt("Unable to get the windows create data");
-    if (!CWindow::Create(lID, pszTitle, lX, lY, lWidth, lHeight, lFlags) || !GetTitlebar(pRes) || !GetFrame(pRes))
+    if (!CWindow::Create(lID, fields.Text(XRES_AS_TEXT), fields.Number(XRES_AS_X), fields.Number(XRES_AS_Y),
+                         fields.Number(XRES_AS_WIDTH), fields.Number(XRES_AS_HEIGHT), fields.Number(XRES_AS_FLAGS)) ||
+        !GetTitlebar(pRes) || !GetFrame(pRes))
         return 0;
     for (pRes->FirstItem(); pRes->ItemExists(); pRes->NextItem(0))
     {
@@ -158,44 +191,21 @@ xlong CDialog::GetTextBufferSize(xlong lID)
 
 xlong CDialog::GetTitlebar(CResData *pRes)
 {
-    if (!pRes->FindItem("TitlebarFlags", nullptr, nullptr, nullptr))
-        return 1;
-    xlong lFlags = 0;
-    // A script can ask for flags of a title bar that its window lacks.
-    if (!m_pTitlebar || !pRes->GetResFlags(0, &lFlags))
-        return xErrorTxt("Unable to get the titlebar flags");
-    m_pTitlebar->SetFlag(lFlags);
-    if (!(lFlags & CNTRL_HASBITMAP))
-        return 1;
-    if (!pRes->FindItem("TitlebarBitmap", nullptr, nullptr, nullptr))
-        return xErrorTxt("Unable to find the titlebar bitmap keyword");
-    return SetBitmaps(pRes, m_pTitlebar) ? 1 : xErrorTxt("Unable to get all the titlebar bitmaps");
+    bool bThere;
+    return ReadPart(pRes, m_pTitlebar, XRES_ITEM_TITLEBARFLAGS, XRES_ITEM_TITLEBARBITMAP,
+                    "Unable to get the titlebar flags", bThere);
 }
 
 xlong CDialog::GetFrame(CResData *pRes)
 {
-    if (!pRes->FindItem("FrameFlags", nullptr, nullptr, nullptr))
+    bool bThere;
+    if (!ReadPart(pRes, m_pFrame, XRES_ITEM_FRAMEFLAGS, XRES_ITEM_FRAMEBITMAP, "Unable to get the frame flags", bThere))
+        return 0;
+    const TResItem *const pColors = bThere ? FindItemOf(*pRes, WindowGrammar().Items, XRES_ITEM_COLORS) : nullptr;
+    if (!pColors)
         return 1;
-    xlong lFlags = 0;
-    if (!m_pFrame || !pRes->GetResFlags(0, &lFlags))
-        return xErrorTxt("Unable to get the frame flags");
-    m_pFrame->SetFlag(lFlags);
-    if (lFlags & CNTRL_HASBITMAP)
-    {
-        // The texts of the title bar are meant.
-        if (!pRes->FindItem("FrameBitmap", nullptr, nullptr, nullptr))
-            return xErrorTxt("Unable to find the titlebar bitmap keyword");
-        if (!SetBitmaps(pRes, m_pFrame))
-            return xErrorTxt("Unable to get all the titlebar bitmaps");
-    }
-    if (!pRes->FindItem("Colors", nullptr, nullptr, nullptr))
-        return 1;
-    TCntrlColor *pColors[4];
-    for (xlong l = 0; l < 4; ++l)
-    {
-        pColors[l] = pRes->GetCntrlColor(l);
-        if (!pColors[l])
-            return glb->m_Error.SetErrorf("Unable to get color nr %ld in the frame", (long)l);
-    }
-    return m_pFrame->SetColors(pColors[0], pColors[1], pColors[2], pColors[3]);
+    CResFields fields;
+    if (!fields.Read(*pRes, pColors->Fields))
+        return glb->m_Error.SetErrorf("Unable to get color nr %ld in the frame", (long)fields.m_lRead);
+    return m_pFrame->SetColors(fields.ColorsAt(0), fields.ColorsAt(1), fields.ColorsAt(2), fields.ColorsAt(3));
 }

@@ -1,5 +1,6 @@
 // The words of a window chunk that make controls.
 #include "gui/resources/guictrl.h"
+#include "gui/resources/resfields.h"
 #include "tarvix/button.h"
 #include "tarvix/checkbox.h"
 #include "tarvix/error.h"
@@ -18,9 +19,9 @@ const xlong s_lCaptionFlags = 0xFFFF; // that the "Flags" of a caption replace
 // What the "Create" items have in common.
 struct TCreateData
 {
-    char *pszText;
+    char *pszText, *pszAddress;
     xlong lX, lY, lWidth, lHeight;
-    xlong lNumber; // pixels per frame, or the width of a box
+    xlong lBox, lSpeed;
     short sHotkey;
     xlong lFlags;
 };
@@ -31,33 +32,84 @@ const char *NameOf(CResData *pRes, const TGuiCtrl *pGuiCtrl)
     return pszName ? pszName : "";
 }
 
-bool GetPlace(CResData *pRes, xlong lIndex, TCreateData &data)
+const TResControl *GrammarOf(xlong lType)
 {
-    return pRes->GetLong(lIndex, &data.lX) && pRes->GetLong(lIndex + 1, &data.lY) &&
-           pRes->GetLong(lIndex + 2, &data.lWidth) && pRes->GetLong(lIndex + 3, &data.lHeight);
+    for (const TResControl &control : xResGrammar().Controls)
+        if (control.lType == lType)
+            return &control;
+    return nullptr;
 }
 
-// Of a radio button or a check box.
-bool GetBoxData(CResData *pRes, TCreateData &data)
+xlong ReadData(CResData *pRes, const TGuiCtrl *pGuiCtrl, const TResItem &item, TCreateData &data)
 {
-    data.pszText = pRes->GetString(0);
-    return data.pszText && GetPlace(pRes, 1, data) && pRes->GetLong(5, &data.lNumber) &&
-           pRes->GetHotkey(6, &data.sHotkey) && pRes->GetResFlags(7, &data.lFlags);
+    CResFields fields;
+    if (!fields.Read(*pRes, item.Fields))
+        return glb->m_Error.SetErrorf("Unable to get the create data for \"%s\"", NameOf(pRes, pGuiCtrl));
+    data = { fields.Text(XRES_AS_TEXT),   fields.Text(XRES_AS_ADDRESS), fields.Number(XRES_AS_X),
+             fields.Number(XRES_AS_Y),    fields.Number(XRES_AS_WIDTH), fields.Number(XRES_AS_HEIGHT),
+             fields.Number(XRES_AS_BOX),  fields.Number(XRES_AS_SPEED), (short)fields.Number(XRES_AS_KEY),
+             fields.Number(XRES_AS_FLAGS) };
+    return 1;
 }
 
-xlong NoData(CResData *pRes, const TGuiCtrl *pGuiCtrl)
+// @param pszWord  for the control in the report of a missing item
+xlong ReadCreate(CResData *pRes, const TGuiCtrl *pGuiCtrl, const char *pszWord, TCreateData &data)
 {
-    return glb->m_Error.SetErrorf("Unable to get the create data for \"%s\"", NameOf(pRes, pGuiCtrl));
+    const TResItem *const pItem = FindItemOf(*pRes, GrammarOf(pGuiCtrl->lType)->Items, XRES_ITEM_CREATE);
+    return pItem ? ReadData(pRes, pGuiCtrl, *pItem, data)
+                 : glb->m_Error.SetErrorf("\"Create\" keyword missing for %s cntrl", pszWord);
 }
 
-xlong FindCreate(CResData *pRes, const char *pszMissing)
+void MakeStatic(const TGuiCtrl *pGuiCtrl, const TCreateData &data)
 {
-    return pRes->FindItem("Create", nullptr, nullptr, nullptr) ? 1 : xErrorTxt(pszMissing);
+    CStatic *const pStatic = (CStatic *)pGuiCtrl->pCtrl;
+    pStatic->Create(data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, (xulong)data.lFlags);
+    pStatic->SetID(pGuiCtrl->lID);
 }
 
-bool FindOptional(CResData *pRes, const char *pszKeyword)
+// Takes an item that all controls have.
+xlong Apply(xlong lItem, CControlBase *pCtrl, const CResFields &fields)
 {
-    return pRes->FindItem(pszKeyword, nullptr, nullptr, nullptr) != 0;
+    switch (lItem)
+    {
+    case XRES_ITEM_BITMAP:
+        return pCtrl->SetBitmap(fields.BitmapAt(0), fields.BitmapAt(1), fields.BitmapAt(2), fields.BitmapAt(3));
+    case XRES_ITEM_TEXTBUFFERSIZE:
+        return pCtrl->AllocBuffer(fields.NumberAt(0)) != nullptr;
+    case XRES_ITEM_FONT:
+        pCtrl->SetFont(fields.FontAt(0), nullptr);
+        return 1;
+    case XRES_ITEM_TEXTCOLOR:
+        pCtrl->SetTextColor(fields.Color());
+        return 1;
+    case XRES_ITEM_COLORS:
+        pCtrl->SetColors(fields.ColorsAt(0), fields.ColorsAt(1), fields.ColorsAt(2), fields.ColorsAt(3));
+        return 1;
+    case XRES_ITEM_ALPHA:
+        pCtrl->SetAlpha(fields.NumberAt(0));
+        pCtrl->SetFlag(CNTRL_ALPHA);
+        return 1;
+    }
+    return 0;
+}
+
+// @param lRead  the string that can't be read
+xlong RefuseCommon(xlong lItem, xlong lRead, const char *pszName, const char *pszTypeWord)
+{
+    static const struct
+    {
+        xlong lItem;
+        const char *pszFault;
+    } s_Faults[] = { { XRES_ITEM_BITMAP, "Unable to get the Bitmap's in the \"%s\" %s ctrl" },
+                     { XRES_ITEM_TEXTBUFFERSIZE, "Unable to get the buffer size in the \"%s\" %s ctrl" },
+                     { XRES_ITEM_FONT, "Unable to get the font in the \"%s\" %s ctrl" },
+                     { XRES_ITEM_TEXTCOLOR, "Unable to get the text color in the \"%s\" %s ctrl" },
+                     { XRES_ITEM_ALPHA, "Unable to get the alpha value for \"%s\" %s ctrl" } };
+    for (const auto &fault : s_Faults)
+        if (fault.lItem == lItem)
+            return glb->m_Error.SetErrorf(fault.pszFault, pszName, pszTypeWord);
+    return glb->m_Error.SetErrorf("Unable to get color nr %ld in the \"%s\" %s ctrl", (long)lRead, pszName,
+                                  pszTypeWord);
 }
 
 typedef CControlBase *(*TMakeControl)();
@@ -71,81 +123,61 @@ CControlBase *Make()
 
 xlong CDialog::GetStatic(CResData *pRes, TGuiCtrl *pGuiCtrl)
 {
-    if (!FindCreate(pRes, "\"Create\" keyword missing for static cntrl"))
+    TCreateData data;
+    if (!ReadCreate(pRes, pGuiCtrl, "static", data))
         return 0;
-    TCreateData data = {};
-    data.pszText = pRes->GetString(0);
-    if (!data.pszText || !GetPlace(pRes, 1, data) || !pRes->GetResFlags(5, &data.lFlags))
-        return NoData(pRes, pGuiCtrl);
-    CStatic *const pStatic = (CStatic *)pGuiCtrl->pCtrl;
-    pStatic->Create(data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, (xulong)data.lFlags);
-    pStatic->SetID(pGuiCtrl->lID);
+    MakeStatic(pGuiCtrl, data);
     return GetCommon(pRes, pGuiCtrl, "static");
 }
 
 xlong CDialog::GetScrolltext(CResData *pRes, TGuiCtrl *pGuiCtrl)
 {
-    if (!FindCreate(pRes, "\"Create\" keyword missing for scrolltext cntrl"))
-        return 0;
-    TCreateData data = {};
-    data.pszText = pRes->GetString(0);
-    if (!data.pszText || !GetPlace(pRes, 1, data) || !pRes->GetLong(5, &data.lNumber) ||
-        !pRes->GetResFlags(6, &data.lFlags))
-        return NoData(pRes, pGuiCtrl);
+    TCreateData data;
     CScrollText *const pScroll = (CScrollText *)pGuiCtrl->pCtrl;
-    if (!pScroll->Create(data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, data.lNumber, data.lFlags))
+    if (!ReadCreate(pRes, pGuiCtrl, "scrolltext", data) ||
+        !pScroll->Create(data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, data.lSpeed, data.lFlags))
         return 0;
     pScroll->SetID(pGuiCtrl->lID);
-    if (FindOptional(pRes, "Text"))
-        pScroll->SetText(pRes->GetString(0));
-    if (FindOptional(pRes, "Delay"))
+    const TResRows<TResItem> &items = GrammarOf(pGuiCtrl->lType)->Items;
+    CResFields fields;
+    if (const TResItem *pItem = FindItemOf(*pRes, items, XRES_ITEM_TEXT); pItem && fields.Read(*pRes, pItem->Fields))
+        pScroll->SetText(fields.TextAt(0));
+    if (const TResItem *pItem = FindItemOf(*pRes, items, XRES_ITEM_DELAY))
     {
-        xulong ulDelay = 0;
-        if (!pRes->GetULong(0, &ulDelay))
-            return NoData(pRes, pGuiCtrl);
-        pScroll->Start(ulDelay);
+        if (!fields.Read(*pRes, pItem->Fields))
+            return glb->m_Error.SetErrorf("Unable to get the create data for \"%s\"", NameOf(pRes, pGuiCtrl));
+        pScroll->Start((xulong)fields.NumberAt(0));
     }
     return GetCommon(pRes, pGuiCtrl, "scrolltext");
 }
 
 xlong CDialog::GetCreateStatic(CResData *pRes, TGuiCtrl *pGuiCtrl)
 {
-    TCreateData data = {};
-    data.pszText = pRes->GetString(1);
-    if (!data.pszText || !GetPlace(pRes, 2, data) || !pRes->GetResFlags(6, &data.lFlags))
-        return NoData(pRes, pGuiCtrl);
-    CStatic *const pStatic = (CStatic *)pGuiCtrl->pCtrl;
-    pStatic->Create(data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, (xulong)data.lFlags);
-    pStatic->SetID(pGuiCtrl->lID);
+    TCreateData data;
+    const TResItem *const pItem = xFindResItem(xResGrammar().Sections.pRows[XRES_WINDOW].Items, pRes->GetKeyword());
+    if (!pItem || !ReadData(pRes, pGuiCtrl, *pItem, data))
+        return 0;
+    MakeStatic(pGuiCtrl, data);
     return 1;
 }
 
 xlong CDialog::GetButton(CResData *pRes, TGuiCtrl *pGuiCtrl)
 {
-    if (!FindCreate(pRes, "\"Create\" keyword missing for button cntrl"))
-        return 0;
-    TCreateData data = {};
-    data.pszText = pRes->GetString(0);
-    if (!data.pszText || !GetPlace(pRes, 1, data) || !pRes->GetHotkey(5, &data.sHotkey) ||
-        !pRes->GetResFlags(6, &data.lFlags))
-        return NoData(pRes, pGuiCtrl);
-    CButton *const pButton = (CButton *)pGuiCtrl->pCtrl;
-    pButton->Create(pGuiCtrl->lID, data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, data.sHotkey,
-                    data.lFlags);
-    return GetCommon(pRes, pGuiCtrl, "button");
+    TCreateData data;
+    return ReadCreate(pRes, pGuiCtrl, "button", data) &&
+           ((CButton *)pGuiCtrl->pCtrl)
+               ->Create(pGuiCtrl->lID, data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, data.sHotkey,
+                        data.lFlags) &&
+           GetCommon(pRes, pGuiCtrl, "button");
 }
 
 xlong CDialog::GetGroupbox(CResData *pRes, TGuiCtrl *pGuiCtrl)
 {
-    if (!FindCreate(pRes, "\"Create\" keyword missing for groupbox cntrl"))
-        return 0;
-    TCreateData data = {};
-    data.pszText = pRes->GetString(0);
-    if (!data.pszText || !GetPlace(pRes, 1, data) || !pRes->GetResFlags(5, &data.lFlags))
-        return NoData(pRes, pGuiCtrl);
-    CGroupbox *const pGroup = (CGroupbox *)pGuiCtrl->pCtrl;
-    pGroup->Create(pGuiCtrl->lID, data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, data.lFlags);
-    return GetChildren(pRes, pGuiCtrl);
+    TCreateData data;
+    return ReadCreate(pRes, pGuiCtrl, "groupbox", data) &&
+           ((CGroupbox *)pGuiCtrl->pCtrl)
+               ->Create(pGuiCtrl->lID, data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, data.lFlags) &&
+           GetChildren(pRes, pGuiCtrl);
 }
 
 xlong CDialog::GetChildren(CResData *pRes, TGuiCtrl *pGuiCtrl)
@@ -176,42 +208,37 @@ xlong CDialog::GetChildren(CResData *pRes, TGuiCtrl *pGuiCtrl)
 
 xlong CDialog::GetRadiobtn(CResData *pRes, TGuiCtrl *pGuiCtrl)
 {
-    if (!FindCreate(pRes, "\"Create\" keyword missing for button cntrl"))
-        return 0;
-    TCreateData data = {};
-    if (!GetBoxData(pRes, data))
-        return NoData(pRes, pGuiCtrl);
+    TCreateData data;
     CRadiobutton *const pRadio = (CRadiobutton *)pGuiCtrl->pCtrl;
-    return pRadio->Create(pGuiCtrl->lID, data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, data.lNumber,
+    return ReadCreate(pRes, pGuiCtrl, "button", data) &&
+           pRadio->Create(pGuiCtrl->lID, data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, data.lBox,
                           data.sHotkey, data.lFlags) &&
            GetCommon(pRes, pGuiCtrl, "radio button") && GetCaption(pRes, pGuiCtrl, pRadio->m_pCaption, "radio button");
 }
 
 xlong CDialog::GetCheckbox(CResData *pRes, TGuiCtrl *pGuiCtrl)
 {
-    if (!FindCreate(pRes, "\"Create\" keyword missing for checkbox cntrl"))
-        return 0;
-    TCreateData data = {};
-    if (!GetBoxData(pRes, data))
-        return NoData(pRes, pGuiCtrl);
+    TCreateData data;
     CCheckbox *const pBox = (CCheckbox *)pGuiCtrl->pCtrl;
-    return pBox->Create(pGuiCtrl->lID, data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, data.lNumber,
+    return ReadCreate(pRes, pGuiCtrl, "checkbox", data) &&
+           pBox->Create(pGuiCtrl->lID, data.pszText, data.lX, data.lY, data.lWidth, data.lHeight, data.lBox,
                         data.sHotkey, data.lFlags) &&
            GetCommon(pRes, pGuiCtrl, "checkbox") && GetCaption(pRes, pGuiCtrl, pBox->m_pCaption, "checkbox");
 }
 
 xlong CDialog::GetCaption(CResData *pRes, TGuiCtrl *pGuiCtrl, CControlBase *pCaption, const char *pszTypeWord)
 {
-    if (!pCaption || !pRes->FindSubChunk("Caption", nullptr, nullptr) || !pRes->EnterChunk())
+    const TResPart &part = *GrammarOf(pGuiCtrl->lType)->Parts.begin();
+    if (!pCaption || !pRes->FindSubChunk(part.pszWord, nullptr, nullptr) || !pRes->EnterChunk())
         return 1;
     xlong lResult = 1;
-    if (FindOptional(pRes, "Flags"))
+    if (const TResItem *pItem = FindItemOf(*pRes, part.Items, XRES_ITEM_FLAGS))
     {
-        xlong lFlags = 0;
-        if (pRes->GetResFlags(0, &lFlags))
+        CResFields fields;
+        if (fields.Read(*pRes, pItem->Fields))
         {
             pCaption->RemoveFlag(s_lCaptionFlags);
-            pCaption->SetFlag(lFlags);
+            pCaption->SetFlag(fields.NumberAt(0));
         }
         else
             lResult = glb->m_Error.SetErrorf("Unable to get the flags for \"%s\" textfield", NameOf(pRes, pGuiCtrl));
@@ -224,80 +251,32 @@ xlong CDialog::GetCaption(CResData *pRes, TGuiCtrl *pGuiCtrl, CControlBase *pCap
 
 xlong CDialog::GetURL(CResData *pRes, TGuiCtrl *pGuiCtrl)
 {
-    if (!FindCreate(pRes, "\"Create\" keyword missing for button cntrl"))
-        return 0;
-    TCreateData data = {};
-    data.pszText = pRes->GetString(0);
-    const char *const pszURL = pRes->GetString(1);
-    if (!data.pszText || !pszURL || !GetPlace(pRes, 2, data) || !pRes->GetHotkey(6, &data.sHotkey) ||
-        !pRes->GetResFlags(7, &data.lFlags))
-        return NoData(pRes, pGuiCtrl);
-    CURL *const pLink = (CURL *)pGuiCtrl->pCtrl;
-    return pLink->Create(pGuiCtrl->lID, data.pszText, pszURL, data.lX, data.lY, data.lWidth, data.lHeight, data.sHotkey,
-                         data.lFlags) &&
+    TCreateData data;
+    return ReadCreate(pRes, pGuiCtrl, "button", data) &&
+           ((CURL *)pGuiCtrl->pCtrl)
+               ->Create(pGuiCtrl->lID, data.pszText, data.pszAddress, data.lX, data.lY, data.lWidth, data.lHeight,
+                        data.sHotkey, data.lFlags) &&
            GetCommon(pRes, pGuiCtrl, "URL");
 }
 
 xlong CDialog::GetCommon(CResData *pRes, TGuiCtrl *pGuiCtrl, const char *pszTypeWord)
 {
-    CControlBase *const pCtrl = pGuiCtrl->pCtrl;
-    CErrorBase &error = glb->m_Error;
-    if (FindOptional(pRes, "Bitmap"))
+    CResFields fields;
+    for (const TResItem &item : xResGrammar().Common)
     {
-        pCtrl->SetFlag(CNTRL_HASBITMAP);
-        if (!SetBitmaps(pRes, pCtrl))
-            return error.SetErrorf("Unable to get the Bitmap's in the \"%s\" %s ctrl", NameOf(pRes, pGuiCtrl),
-                                   pszTypeWord);
-    }
-    if (FindOptional(pRes, "TextBufferSize"))
-    {
-        xlong lSize = 0;
-        if (!pRes->GetLong(0, &lSize) || !pCtrl->AllocBuffer(lSize))
-            return error.SetErrorf("Unable to get the buffer size in the \"%s\" %s ctrl", NameOf(pRes, pGuiCtrl),
-                                   pszTypeWord);
-    }
-    if (FindOptional(pRes, "Font"))
-    {
-        CFont *const pFont = pRes->GetFont((xlong)0);
-        if (!pFont)
-            return error.SetErrorf("Unable to get the font in the \"%s\" %s ctrl", NameOf(pRes, pGuiCtrl), pszTypeWord);
-        pCtrl->SetFont(pFont, nullptr);
-    }
-    if (FindOptional(pRes, "TextColor"))
-    {
-        TRGBA Color(0, 0, 0);
-        if (!pRes->GetColor(0, &Color, 0))
-            return error.SetErrorf("Unable to get the text color in the \"%s\" %s ctrl", NameOf(pRes, pGuiCtrl),
-                                   pszTypeWord);
-        pCtrl->SetTextColor(Color);
-    }
-    if (FindOptional(pRes, "Colors"))
-    {
-        TCntrlColor *pColors[4];
-        for (xlong l = 0; l < 4; ++l)
-        {
-            pColors[l] = pRes->GetCntrlColor(l);
-            if (!pColors[l])
-                return error.SetErrorf("Unable to get color nr %ld in the \"%s\" %s ctrl", (long)l,
-                                       NameOf(pRes, pGuiCtrl), pszTypeWord);
-        }
-        pCtrl->SetColors(pColors[0], pColors[1], pColors[2], pColors[3]);
-    }
-    if (FindOptional(pRes, "Alpha"))
-    {
-        xlong lAlpha = 0;
-        if (!pRes->GetLong(0, &lAlpha))
-            return error.SetErrorf("Unable to get the alpha value for \"%s\" %s ctrl", NameOf(pRes, pGuiCtrl),
-                                   pszTypeWord);
-        pCtrl->SetAlpha(lAlpha);
-        pCtrl->SetFlag(CNTRL_ALPHA);
+        if (!pRes->FindItem(item.pszWord, nullptr, nullptr, nullptr))
+            continue;
+        if (item.lItem == XRES_ITEM_BITMAP)
+            pGuiCtrl->pCtrl->SetFlag(CNTRL_HASBITMAP);
+        if (!fields.Read(*pRes, item.Fields) || !Apply(item.lItem, pGuiCtrl->pCtrl, fields))
+            return RefuseCommon(item.lItem, fields.m_lRead, NameOf(pRes, pGuiCtrl), pszTypeWord);
     }
     return 1;
 }
 
 xlong CDialog::SetBitmaps(CResData *pRes, CControlBase *pCtrl)
 {
-    CBitmap *pReleased = nullptr, *pPressed = nullptr, *pHighlight = nullptr, *pDisabled = nullptr;
+    CBitmap *pReleased, *pPressed, *pHighlight, *pDisabled;
     return GetBitmaps(pRes, pReleased, pPressed, pHighlight, pDisabled) &&
            pCtrl->SetBitmap(pReleased, pPressed, pHighlight, pDisabled);
 }
@@ -314,30 +293,34 @@ xlong CDialog::GetBitmaps(CResData *pRes, CBitmap *&pReleased, CBitmap *&pPresse
 
 xlong CDialog::GetCntrl(CResData *pRes, TGuiCtrl *&pOut, TGuiCtrl *pParent)
 {
-    static const struct
+    struct TBuilder
     {
-        const char *pszWord;
         xlong lType;
         TMakeControl pfnMake;
         xlong (CDialog::*pfnBuild)(CResData *pRes, TGuiCtrl *pGuiCtrl);
-    } s_Words[] = {
-        { "Static", XDLG_STATIC, Make<CStatic>, &CDialog::GetStatic },
-        { "Button", XDLG_BUTTON, Make<CButton>, &CDialog::GetButton },
-        { "Radio", XDLG_RADIOBUTTON, Make<CRadiobutton>, &CDialog::GetRadiobtn },
-        { "Checkbox", XDLG_CHECKBOX, Make<CCheckbox>, &CDialog::GetCheckbox },
-        { "Groupbox", XDLG_GROUPBOX, Make<CGroupbox>, &CDialog::GetGroupbox },
-        { "Scrolltext", XDLG_SCROLLTEXT, Make<CScrollText>, &CDialog::GetScrolltext },
-        { "URL", XDLG_URL, Make<CURL>, &CDialog::GetURL },
+    };
+    static const TBuilder s_Builders[] = {
+        { XDLG_STATIC, Make<CStatic>, &CDialog::GetStatic },
+        { XDLG_BUTTON, Make<CButton>, &CDialog::GetButton },
+        { XDLG_RADIOBUTTON, Make<CRadiobutton>, &CDialog::GetRadiobtn },
+        { XDLG_CHECKBOX, Make<CCheckbox>, &CDialog::GetCheckbox },
+        { XDLG_GROUPBOX, Make<CGroupbox>, &CDialog::GetGroupbox },
+        { XDLG_SCROLLTEXT, Make<CScrollText>, &CDialog::GetScrolltext },
+        { XDLG_URL, Make<CURL>, &CDialog::GetURL },
     };
     pOut = nullptr;
     const char *const pszKeyword = pRes->GetKeyword();
-    const char *const pszWord = pRes->GetString(0);
+    const char *const pszString = pRes->GetString(0);
     if (!pszKeyword)
         return 0;
-    const bool bShort = xStricmp(pszKeyword, "CreateStatic") == 0;
-    if (!bShort && (xStrcmp(pszKeyword, "{") != 0 || !pszWord))
+    const bool bChunk = xStrcmp(pszKeyword, "{") == 0;
+    const TResItem *const pShort =
+        bChunk ? nullptr : xFindResItem(xResGrammar().Sections.pRows[XRES_WINDOW].Items, pszKeyword);
+    const bool bShort = pShort && (pShort->lRules & XRES_MAKES);
+    if (!bShort && (!bChunk || !pszString))
         return 0;
-    const char *const pszName = bShort ? pszWord : pRes->GetString(1);
+    const char *const pszWord = bShort ? pszKeyword : pszString;
+    const char *const pszName = bShort ? pszString : pRes->GetString(1);
     xlong lID = 0;
     if (!pszName || !pRes->GetResId(pszName, &lID))
     {
@@ -354,43 +337,34 @@ xlong CDialog::GetCntrl(CResData *pRes, TGuiCtrl *&pOut, TGuiCtrl *pParent)
         return 1;
     }
     *pOut = { XDLG_STATIC, lID, nullptr };
-    const bool bInGroup = pParent && pParent->lType == XDLG_GROUPBOX;
-    if (bShort)
-    {
-        pOut->pCtrl = Make<CStatic>();
-        if (!pOut->pCtrl)
-            xError(XERR_MEMORY);
-        if (!pOut->pCtrl || !GetCreateStatic(pRes, pOut))
-            return 1;
-        if (bInGroup)
-            glb->m_Error.SetErrorf("Unable to add a %s to a groupbox", pszKeyword);
-        return bInGroup;
-    }
-    if (!pRes->EnterChunk())
+    if (!bShort && !pRes->EnterChunk())
         return 0;
+    const TResControl *const pControl = bShort ? GrammarOf(XDLG_STATIC) : xFindResControl(pszWord);
+    const TBuilder *pBuilder = nullptr;
+    for (const TBuilder &builder : s_Builders)
+        if (pControl && builder.lType == pControl->lType)
+            pBuilder = &builder;
+    const xlong lChildren = pParent ? GrammarOf(pParent->lType)->lChildren : -1;
     xlong lFailed = 1;
-    bool bKnown = false;
-    for (const auto &word : s_Words)
+    if (!pBuilder)
+        glb->m_Error.SetErrorf("Unknown window control type (%s)", pszWord);
+    else
     {
-        if (xStricmp(pszWord, word.pszWord) != 0)
-            continue;
-        bKnown = true;
-        pOut->lType = word.lType;
+        pOut->lType = pBuilder->lType;
         // A box in a box fails in any case, before scripts can nest them without end.
-        const bool bNested = bInGroup && word.lType == XDLG_GROUPBOX;
-        pOut->pCtrl = bNested ? nullptr : word.pfnMake();
+        const bool bNested = lChildren != -1 && pOut->lType == XDLG_GROUPBOX;
+        pOut->pCtrl = bNested ? nullptr : pBuilder->pfnMake();
+        const auto pfnBuild = bShort ? &CDialog::GetCreateStatic : pBuilder->pfnBuild;
         if (!pOut->pCtrl && !bNested)
             xError(XERR_MEMORY);
-        else if (bNested || (this->*word.pfnBuild)(pRes, pOut))
+        else if (bNested || (this->*pfnBuild)(pRes, pOut))
         {
-            lFailed = bInGroup && word.lType != XDLG_RADIOBUTTON;
+            lFailed = lChildren != -1 && pOut->lType != lChildren;
             if (lFailed)
                 glb->m_Error.SetErrorf("Unable to add a %s to a groupbox", pszWord);
         }
-        break;
     }
-    if (!bKnown)
-        glb->m_Error.SetErrorf("Unknown window control type (%s)", pszWord);
-    pRes->ExitChunk();
+    if (!bShort)
+        pRes->ExitChunk();
     return lFailed;
 }

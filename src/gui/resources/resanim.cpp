@@ -1,9 +1,11 @@
 #include "gui/resources/resanim.h"
 
+#include "screens/screenbitmap.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/resdata.h"
+#include "tarvix/resgrammar.h"
 #include "tarvix/screen.h"
 
 #include <algorithm>
@@ -22,15 +24,14 @@ CBitmap *CutFrame(CBitmap *pSheet, const CRect &rcFrame, xlong lWidth, xlong lHe
         return nullptr;
     const xlong lMade = pMode && pMode->lIndexed == 1
                             ? pFrame->CreateIndex(lWidth, lHeight, 8, pScreen->GetPalette(), 0)
-                            : pFrame->CreateRGB(lWidth, lHeight, 24, 8, 8, 8, 16, 8, 0, 1);
+                            : CreateForScreen(pFrame, lWidth, lHeight);
     if (!lMade)
     {
         XDELETE(pFrame);
         return nullptr;
     }
     pFrame->Blt(pSheet, rcFrame.m_lLeft, rcFrame.m_lTop, 0, 0, lWidth, lHeight, lTrans, 1, 0);
-    if (pScreen && !pScreen->MakeScreenBitmap(pFrame, 1))
-        pScreen->MakeScreenFormat(pFrame, 1);
+    BringToScreen(pFrame);
     return pFrame;
 }
 
@@ -62,8 +63,7 @@ TCntrlAnim *MakeCntrlAnim(CBitmap *pSheet, xlong lFrameW, xlong lFrameH, xlong l
         lRows = s_lAnyRows;
     if (!lPerRow)
         lPerRow = lCount;
-    if (lCount < 1 || lCount > RES_MAX_FRAMES || lPerRow < 1 || lRows < 1 || lFrameW < 1 || lFrameH < 1 ||
-        (int64_t)lFrameW * lFrameH > RES_MAX_PIXELS / lCount)
+    if (lPerRow < 1 || lRows < 1 || !xIsResSize(XRES_FRAMES, lFrameW, lFrameH, lCount))
         return nullptr;
     TCntrlAnim *const pAnim = XNEW(TCntrlAnim);
     if (!pAnim)

@@ -3,11 +3,11 @@
 #include "tarvix/resdata.h"
 
 #include "gui/resources/resrecord.h"
-#include "gui/resources/restables.h"
 #include "tarvix/error.h"
 #include "tarvix/file.h"
 #include "tarvix/globals.h"
 #include "tarvix/lzss.h"
+#include "tarvix/resgrammar.h"
 #include "tarvix/strings.h"
 #include "tarvix/systemfiles.h"
 #include "tarvix/winctrl.h"
@@ -284,13 +284,13 @@ TCntrlAnim *CResData::GetAnim(xlong lIndex)
 
 xlong CResData::GetResFlags(xlong lIndex, xlong *plFlags)
 {
-    return GetData(g_ResFlags, GetString(lIndex), plFlags);
+    return GetData(xResGrammar().Flags.pRows, GetString(lIndex), plFlags);
 }
 
 xlong CResData::GetHotkey(xlong lIndex, short *psKey)
 {
     xlong lKey = 0;
-    const xlong lResult = GetData(ResHotkeys(), GetString(lIndex), &lKey);
+    const xlong lResult = GetData(xResGrammar().Keys.pRows, GetString(lIndex), &lKey);
     *psKey = (short)lKey;
     return lResult;
 }

@@ -2,6 +2,8 @@
 
 #include "tarvix/resdata.h"
 
+#include "core/chars.h"
+#include "gui/resources/resfields.h"
 #include "gui/resources/resrecord.h"
 #include "tarvix/screen.h"
 #include "tarvix/winctrl.h"
@@ -12,23 +14,6 @@
 namespace
 {
 const char s_szNameTooBig[] = "Define name to big : \"%s\"";
-
-struct TBuiltInDefine
-{
-    const char *pszName;
-    xlong lId;
-};
-const TBuiltInDefine s_Defines[] = { { "IDS_NONE", 0 }, { "IDB_NONE", 0 }, { "IDP_NONE", 0 },
-                                     { "IDG_NONE", 0 }, { "IDL_NONE", 0 }, { "XCNTRL_CLOSE", XCNTRL_CLOSE } };
-
-struct TBuiltInColor
-{
-    const char *pszName;
-    unsigned char ucRed, ucGreen, ucBlue;
-};
-// Pure black is the key of many pictures.
-const TBuiltInColor s_Colors[] = { { "black", 1, 1, 1 }, { "white", 255, 255, 255 }, { "grey", 128, 128, 128 },
-                                   { "red", 255, 0, 0 }, { "green", 0, 255, 0 },     { "blue", 0, 0, 255 } };
 
 // A record of bytes, for KillAllData. @return null with XERR_MEMORY
 template <class TRecord>
@@ -60,30 +45,20 @@ TResColor *NewColor(const char *pszName, xlong lNumColors)
     return pColor;
 }
 
-bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
 void SkipSeparators(const char *&psz)
 {
     while (*psz == ' ' || *psz == ',')
         ++psz;
 }
 
-// As scanf's %ld does, of which a colour takes the low byte.
+// A number of which a colour takes the low byte.
 bool ScanByte(const char *&psz, unsigned char *pucValue)
 {
     SkipSeparators(psz);
-    const bool bMinus = *psz == '-';
-    if (*psz == '-' || *psz == '+')
-        ++psz;
-    if (!IsDigit(*psz))
+    xulong ulValue;
+    if (!ScanInteger(psz, &ulValue))
         return false;
-    xulong ulValue = 0;
-    for (; IsDigit(*psz); ++psz)
-        ulValue = ulValue * 10 + (xulong)(*psz - '0');
-    *pucValue = (unsigned char)(bMinus ? 0 - ulValue : ulValue);
+    *pucValue = (unsigned char)ulValue;
     return true;
 }
 } // namespace
@@ -102,20 +77,21 @@ xlong CResData::SetupResources()
     SetupColors();
     SetupDefaults();
     RestartMode(1);
-    for (const char *pszName : { "Defines", "Strings", "Values", "Palette", "Bitmaps", "Animations", "Colors" })
+    for (const TResSection &section : xResGrammar().Sections)
     {
         MainChunk();
-        if (FindItem("{", pszName, nullptr, nullptr))
+        if ((section.lRules & XRES_USED_UP) && FindItem("{", section.pszWord, nullptr, nullptr))
             KillItem();
     }
     return 1;
 }
 
-// To the first item of a section's first chunk. @return false without one
-bool CResData::EnterSection(const char *pszName)
+// To the first item of a section's first chunk. @return null without one
+const TResSection *CResData::EnterSection(xlong lSection)
 {
+    const TResSection &section = xResGrammar().Sections.pRows[lSection];
     MainChunk();
-    return FirstItem() && FindItem("{", pszName, nullptr, nullptr) && EnterChunk();
+    return FirstItem() && FindItem("{", section.pszWord, nullptr, nullptr) && EnterChunk() ? &section : nullptr;
 }
 
 xlong CResData::AddDefine(const char *pszName, xlong lId)
@@ -137,108 +113,79 @@ xlong CResData::AddDefine(const char *pszName, xlong lId)
 
 xlong CResData::SetupDefines()
 {
-    if (!EnterSection("Defines"))
-        return 1;
-    for (const TBuiltInDefine &define : s_Defines)
-        if (!AddDefine(define.pszName, define.lId))
+    const TResSection *const pSection = EnterSection(XRES_DEFINES);
+    for (const TResData &name : xResGrammar().Names)
+        if (pSection && !AddDefine(name.pszName, name.lValue))
             return 0;
-    for (; ItemExists(); NextItem(0))
-    {
-        if (IsComment())
-            continue;
-        xlong lId;
-        if (strlen(GetKeyword()) >= RES_NAME_SIZE)
-            return Refuse(s_szNameTooBig, GetKeyword());
-        if (!GetLong(0, &lId))
-            return Refuse("Unable to get define id for \"%s\"", GetKeyword());
-        if (!AddDefine(GetKeyword(), lId))
-            return 0;
-    }
-    return 1;
+    return EachEntry(*this, pSection, s_szNameTooBig, "Unable to get define id for \"%s\"",
+                     [&](const char *pszName, const CResFields &fields)
+                     { return AddDefine(pszName, fields.NumberAt(0)); });
 }
 
 xlong CResData::SetupStrings()
 {
-    if (!EnterSection("Strings"))
-        return 1;
-    for (; ItemExists(); NextItem(0))
-    {
-        if (IsComment())
-            continue;
-        xlong lId;
-        if (strlen(GetKeyword()) >= RES_NAME_SIZE)
-            return Refuse(s_szNameTooBig, GetKeyword());
-        const char *const pszText = GetString(1);
-        if (!GetLong(0, &lId) || !pszText)
-            return Refuse("Unable to get id/string for \"%s\"", GetKeyword());
-        const size_t ulText = strlen(pszText) + 1;
-        TResString *const pString = NewFitted<TResString>(offsetof(TResString, szText) + ulText);
-        if (!pString)
-            return 0;
-        pString->lId = lId;
-        TakeName(pString->szName, GetKeyword());
-        memcpy((char *)pString + offsetof(TResString, szText), pszText, ulText);
-        if (!GiveFitted(m_listStrings, pString))
-            return 0;
-    }
-    return 1;
+    return EachEntry(*this, EnterSection(XRES_STRINGS), s_szNameTooBig, "Unable to get id/string for \"%s\"",
+                     [&](const char *pszName, const CResFields &fields)
+                     {
+                         const size_t ulText = strlen(fields.TextAt(1)) + 1;
+                         TResString *const pString = NewFitted<TResString>(offsetof(TResString, szText) + ulText);
+                         if (!pString)
+                             return (xlong)0;
+                         pString->lId = fields.NumberAt(0);
+                         TakeName(pString->szName, pszName);
+                         memcpy((char *)pString + offsetof(TResString, szText), fields.TextAt(1), ulText);
+                         return GiveFitted(m_listStrings, pString);
+                     });
 }
 
 xlong CResData::SetupValues()
 {
-    if (!EnterSection("Values"))
-        return 1;
-    for (; ItemExists(); NextItem(0))
-    {
-        if (IsComment())
-            continue;
-        if (strlen(GetKeyword()) >= RES_NAME_SIZE)
-            return Refuse(s_szNameTooBig, GetKeyword());
-        CNewRecord<TResValue> value(XNEW(TResValue));
-        if (!value)
-            return xError(XERR_MEMORY);
-        if (!GetLong(0, &value->lId) || !GetLong(1, &value->lValue))
-            return Refuse("Unable to get id/value for \"%s\"", GetKeyword());
-        TakeName(value->szName, GetKeyword());
-        if (!value.GiveTo(m_listValues))
-            return 0;
-    }
-    return 1;
+    return EachEntry(*this, EnterSection(XRES_VALUES), s_szNameTooBig, "Unable to get id/value for \"%s\"",
+                     [&](const char *pszName, const CResFields &fields)
+                     {
+                         CNewRecord<TResValue> value(XNEW(TResValue));
+                         if (!value)
+                             return xError(XERR_MEMORY);
+                         value->lId = fields.NumberAt(0);
+                         value->lValue = fields.NumberAt(1);
+                         TakeName(value->szName, pszName);
+                         return value.GiveTo(m_listValues);
+                     });
 }
 
 xlong CResData::SetupColors()
 {
-    for (const TBuiltInColor &color : s_Colors)
+    for (const TResBuiltInColor &color : xResGrammar().Colors)
     {
         TResColor *const pColor = NewColor(color.pszName, 1);
         if (!pColor)
             return 0;
-        pColor->pColors->Set(color.ucRed, color.ucGreen, color.ucBlue);
+        *pColor->pColors = color.Color;
         if (!GiveFitted(m_listColors, pColor))
             return 0;
     }
-    if (!EnterSection("Colors"))
+    const TResSection *const pSection = EnterSection(XRES_COLORS);
+    if (!pSection)
         return 1;
-    for (; ItemExists(); NextItem(0))
-    {
-        if (IsComment())
-            continue;
-        if (strlen(GetKeyword()) >= RES_NAME_SIZE)
-            return Refuse("Color define name to big : \"%s\"", GetKeyword());
-        const xlong lCount = GetNumStrings(); // a comment behind them counts too, and is no colour
-        TResColor *const pColor = NewColor(GetKeyword(), lCount);
-        if (!pColor)
-            return 0;
-        for (xlong l = 0; l < lCount; ++l)
-            if (!GetColor(l, pColor->pColors + l, 0))
-            {
-                XDELETE_ARRAY((char *)pColor);
-                return 0;
-            }
-        if (!GiveFitted(m_listColors, pColor))
-            return 0;
-    }
-    return 1;
+    return EachItem(*this, "Color define name to big : \"%s\"",
+                    [&](const char *pszName)
+                    {
+                        const xlong lCount = GetNumStrings(); // a comment behind them counts too, and is no colour
+                        TResColor *const pColor = NewColor(pszName, lCount);
+                        if (!pColor)
+                            return (xlong)0;
+                        CResFields fields;
+                        for (xlong l = 0; l < lCount; ++l)
+                        {
+                            if (!fields.Read(*this, pSection->Items.pRows->Fields, l))
+                            {
+                                XDELETE_ARRAY((char *)pColor);
+                                return (xlong)0;
+                            }
+                            pColor->pColors[l] = fields.Color();
+                        }
+                        return GiveFitted(m_listColors, pColor);
+                    });
 }
 
 xlong CResData::GetColor(xlong lIndex, TRGBA *pColor, xlong lShade)
@@ -292,90 +239,55 @@ TCntrlColor *CResData::GetCntrlColor(xlong lIndex)
     return color.GiveTo(m_listCntrlColors) ? pColor : nullptr;
 }
 
-xlong CResData::GetFourBitmaps(CBitmap **ppBitmaps)
-{
-    for (xlong l = 0; l < 4; ++l)
-        if (!(ppBitmaps[l] = GetBitmap(l)))
-            return 0;
-    return 1;
-}
-
-xlong CResData::GetFourColors(TCntrlColor **ppColors)
-{
-    for (xlong l = 0; l < 4; ++l)
-        if (!(ppColors[l] = GetCntrlColor(l)))
-            return 0;
-    return 1;
-}
-
 xlong CResData::SetupDefaults()
 {
-    static const struct
-    {
-        const char *pszKeyword;
-        xlong (CWinCtrl::*pfnSet)(CBitmap *);
-        const char *pszFault;
-    } s_Single[] = { { "Caret", &CWinCtrl::SetDefaultCaret, "Unable to get the default caret bitmap" },
-                     { "Check", &CWinCtrl::SetDefaultCheck, "Unable to get the default check bitmap" } };
-    static const struct
-    {
-        const char *pszKeyword;
-        xlong (CWinCtrl::*pfnSet)(CBitmap *, CBitmap *, CBitmap *, CBitmap *);
-        const char *pszFault;
-    } s_Four[] = { { "Close", &CWinCtrl::SetDefaultClose, "Unable to get the default close bitmaps" },
-                   { "Drop", &CWinCtrl::SetDefaultDrop, "Unable to get the default drop bitmaps" },
-                   { "ArrowUp", &CWinCtrl::SetDefaultArrowUp, "Unable to get the default arrow up bitmaps" },
-                   { "ArrowDown", &CWinCtrl::SetDefaultArrowDown, "Unable to get the default arrow down bitmaps" } };
+    typedef CWinCtrl W;
     // Buttons and statics have no defaults of their own here: they set the frame's.
     static const struct
     {
-        const char *pszKeyword;
-        xlong (CWinCtrl::*pfnSet)(TCntrlColor *, TCntrlColor *, TCntrlColor *, TCntrlColor *);
-    } s_Colors[] = { { "Titlebar", &CWinCtrl::SetDefaultTitlebar },
-                     { "Frame", &CWinCtrl::SetDefaultFrame },
-                     { "Button", &CWinCtrl::SetDefaultFrame },
-                     { "Static", &CWinCtrl::SetDefaultFrame } };
-    if (!EnterSection("Defaults"))
+        xlong lItem;
+        const char *pszFault; ///< null: none
+        xlong (W::*pfnBitmap)(CBitmap *);
+        xlong (W::*pfnBitmaps)(CBitmap *, CBitmap *, CBitmap *, CBitmap *);
+        xlong (W::*pfnColors)(TCntrlColor *, TCntrlColor *, TCntrlColor *, TCntrlColor *);
+    } s_Defaults[] = {
+        { XRES_ITEM_FONT, "Unable to get the default font", nullptr, nullptr, nullptr },
+        { XRES_ITEM_CARET, "Unable to get the default caret bitmap", &W::SetDefaultCaret, nullptr, nullptr },
+        { XRES_ITEM_CHECK, "Unable to get the default check bitmap", &W::SetDefaultCheck, nullptr, nullptr },
+        { XRES_ITEM_CLOSE, "Unable to get the default close bitmaps", nullptr, &W::SetDefaultClose, nullptr },
+        { XRES_ITEM_DROP, "Unable to get the default drop bitmaps", nullptr, &W::SetDefaultDrop, nullptr },
+        { XRES_ITEM_ARROWUP, "Unable to get the default arrow up bitmaps", nullptr, &W::SetDefaultArrowUp, nullptr },
+        { XRES_ITEM_ARROWDOWN, "Unable to get the default arrow down bitmaps", nullptr, &W::SetDefaultArrowDown,
+          nullptr },
+        { XRES_ITEM_TITLEBAR, nullptr, nullptr, nullptr, &W::SetDefaultTitlebar },
+        { XRES_ITEM_FRAME, nullptr, nullptr, nullptr, &W::SetDefaultFrame },
+        { XRES_ITEM_BUTTON, nullptr, nullptr, nullptr, &W::SetDefaultFrame },
+        { XRES_ITEM_STATIC, nullptr, nullptr, nullptr, &W::SetDefaultFrame },
+    };
+    const TResSection *const pSection = EnterSection(XRES_DEFAULTS);
+    if (!pSection)
         return 1;
     CWinCtrl *const pManager = glb->m_pWinCtrl;
-    for (; ItemExists(); NextItem(0))
-    {
-        const char *const pszKeyword = GetKeyword();
-        if (!pszKeyword)
-            return xErrorTxt("GetKeyword returned error.");
-        if (IsComment())
-            continue;
-        if (!xStricmp(pszKeyword, "Font"))
-        {
-            CFont *const pFont = GetFont((xlong)0);
-            if (!pFont)
-                return xErrorTxt("Unable to get the default font");
-            pManager->SetDefaultFont(pFont);
-        }
-        for (const auto &single : s_Single)
-            if (!xStricmp(pszKeyword, single.pszKeyword))
-            {
-                CBitmap *const pBitmap = GetBitmap(0);
-                if (!pBitmap)
-                    return xErrorTxt(single.pszFault);
-                (pManager->*single.pfnSet)(pBitmap);
-            }
-        for (const auto &four : s_Four)
-            if (!xStricmp(pszKeyword, four.pszKeyword))
-            {
-                CBitmap *apBitmaps[4];
-                if (!GetFourBitmaps(apBitmaps))
-                    return xErrorTxt(four.pszFault);
-                (pManager->*four.pfnSet)(apBitmaps[0], apBitmaps[1], apBitmaps[2], apBitmaps[3]);
-            }
-        for (const auto &colors : s_Colors)
-            if (!xStricmp(pszKeyword, colors.pszKeyword))
-            {
-                TCntrlColor *apColors[4];
-                if (!GetFourColors(apColors))
-                    return 0;
-                (pManager->*colors.pfnSet)(apColors[0], apColors[1], apColors[2], apColors[3]);
-            }
-    }
-    return 1;
+    return EachItem(*this, nullptr,
+                    [&](const char *pszKeyword)
+                    {
+                        const TResItem *const pItem = xFindResItem(pSection->Items, pszKeyword);
+                        CResFields f;
+                        for (const auto &row : s_Defaults)
+                        {
+                            if (!pItem || row.lItem != pItem->lItem)
+                                continue;
+                            if (!f.Read(*this, pItem->Fields))
+                                return row.pszFault ? xErrorTxt(row.pszFault) : 0;
+                            if (row.pfnBitmap)
+                                (pManager->*row.pfnBitmap)(f.BitmapAt(0));
+                            else if (row.pfnBitmaps)
+                                (pManager->*row.pfnBitmaps)(f.BitmapAt(0), f.BitmapAt(1), f.BitmapAt(2), f.BitmapAt(3));
+                            else if (row.pfnColors)
+                                (pManager->*row.pfnColors)(f.ColorsAt(0), f.ColorsAt(1), f.ColorsAt(2), f.ColorsAt(3));
+                            else
+                                pManager->SetDefaultFont(f.FontAt(0));
+                        }
+                        return (xlong)1;
+                    });
 }

@@ -2,7 +2,9 @@
 
 #include "tarvix/resdata.h"
 
+#include "gui/resources/resfields.h"
 #include "gui/resources/resrecord.h"
+#include "screens/screenbitmap.h"
 #include "tarvix/screen.h"
 
 #include <stdint.h>
@@ -81,16 +83,18 @@ struct TArea
     xlong lX, lY, lWidth, lHeight;
 
     bool IsWhole() const { return lWidth == -1 || lHeight == -1; }
-    bool IsGood() const
-    {
-        return IsWhole() || (lWidth > 0 && lHeight > 0 && (int64_t)lWidth * lHeight <= RES_MAX_PIXELS);
-    }
 };
 
-bool ReadArea(CResData &res, xlong lIndex, TArea &area)
+// @param lFirst  the string of its x
+bool ReadArea(CResData &res, xlong lFirst, TArea &area)
 {
-    return res.GetLong(lIndex, &area.lX) && res.GetLong(lIndex + 1, &area.lY) &&
-           res.GetLong(lIndex + 2, &area.lWidth) && res.GetLong(lIndex + 3, &area.lHeight) && area.IsGood();
+    CResFields fields;
+    const TResItem &item = *xResGrammar().Sections.pRows[XRES_BITMAPS].pInChunk;
+    if (!fields.Read(res, item.Fields, lFirst))
+        return false;
+    area = { fields.Number(XRES_AS_X), fields.Number(XRES_AS_Y), fields.Number(XRES_AS_WIDTH),
+             fields.Number(XRES_AS_HEIGHT) };
+    return xIsResSize(item.lRules, area.lWidth, area.lHeight, 1) != 0;
 }
 
 // Copies an area, of which nothing but what lies in the source becomes visible.
@@ -98,7 +102,7 @@ xlong CutOut(TBitmapRes *pRes, CBitmap *pSource, const TArea &area)
 {
     const xlong lWidth = area.IsWhole() ? pSource->m_lWidth : area.lWidth;
     const xlong lHeight = area.IsWhole() ? pSource->m_lHeight : area.lHeight;
-    if (!pRes->Bitmap.CreateRGB(lWidth, lHeight, 24, 8, 8, 8, 16, 8, 0, 1))
+    if (!CreateForScreen(&pRes->Bitmap, lWidth, lHeight))
         return xError(XERR_MEMORY);
     pRes->Bitmap.Blt(pSource, area.IsWhole() ? 0 : area.lX, area.IsWhole() ? 0 : area.lY, 0, 0, lWidth, lHeight, 0, 0,
                      0);
@@ -114,9 +118,7 @@ void ToScreen(CBitmap *pBitmap)
 // @return null with a report
 TBitmapRes *NewBitmap(const char *pszName, const char *pszFile)
 {
-    if (strlen(pszName) >= RES_NAME_SIZE)
-        Refuse(s_szBitmapTooBig, pszName);
-    else if (!pszFile)
+    if (!pszFile)
         xErrorTxt(s_szBadFile);
     else if (strlen(pszFile) >= RES_FILE_SIZE)
         Refuse("Bitmap filename to big : \"%s\"", pszFile);
@@ -134,73 +136,62 @@ TBitmapRes *NewBitmap(const char *pszName, const char *pszFile)
 
 xlong CResData::SetupPalette()
 {
-    if (!EnterSection("Palette"))
+    if (!EnterSection(XRES_PALETTE))
         return 1;
-    for (; ItemExists(); NextItem(0))
-    {
-        if (IsComment())
-            continue;
-        const char *const pszFile = GetString(0);
-        if (!pszFile)
-            return Refuse("Unable to get string for \"%s\"", GetKeyword());
-        CBitmap bitmap;
-        if (!bitmap.Load(pszFile, 0))
-            return 0;
-        if (!bitmap.m_pPalette || !glb->m_pScreen)
-            continue;
-        char *const pszName = NewPaletteName(pszFile);
-        if (!pszName)
-            return xErrorTxt("CResData::SetupPalette: Allocation of memory for palette name failed.");
-        XDELETE_ARRAY(bitmap.m_pPalette->m_pszName);
-        bitmap.m_pPalette->m_pszName = pszName;
-        glb->m_pScreen->SetPalette(bitmap.m_pPalette);
-    }
-    return 1;
+    return EachItem(*this, nullptr,
+                    [&](const char *pszItem)
+                    {
+                        const char *const pszFile = GetString(0);
+                        if (!pszFile)
+                            return Refuse("Unable to get string for \"%s\"", pszItem);
+                        CBitmap bitmap;
+                        if (!bitmap.Load(pszFile, 0))
+                            return (xlong)0;
+                        if (!bitmap.m_pPalette || !glb->m_pScreen)
+                            return (xlong)1;
+                        char *const pszName = NewPaletteName(pszFile);
+                        if (!pszName)
+                            return xErrorTxt("CResData::SetupPalette: Allocation of memory for palette name failed.");
+                        XDELETE_ARRAY(bitmap.m_pPalette->m_pszName);
+                        bitmap.m_pPalette->m_pszName = pszName;
+                        glb->m_pScreen->SetPalette(bitmap.m_pPalette);
+                        return (xlong)1;
+                    });
 }
 
 xlong CResData::LoadFonts()
 {
-    if (!EnterSection("Fonts"))
+    if (!EnterSection(XRES_FONTS))
         return 1;
-    for (; ItemExists(); NextItem(0))
-    {
-        if (IsComment())
-            continue;
-        if (strlen(GetKeyword()) >= RES_NAME_SIZE)
-            return Refuse(s_szBitmapTooBig, GetKeyword());
-        const char *const pszFile = GetString(0);
-        if (!pszFile)
-            return xErrorTxt(s_szBadFile);
-        CNewRecord<TResFont> font(XNEW(TResFont));
-        if (!font)
-            return xError(XERR_MEMORY);
-        TakeName(font->szName, GetKeyword());
-        if (!font->Font.Load(pszFile, 0) || !font.GiveTo(m_listFonts))
-            return 0;
-    }
-    return 1;
+    return EachItem(*this, s_szBitmapTooBig,
+                    [&](const char *pszName)
+                    {
+                        const char *const pszFile = GetString(0);
+                        if (!pszFile)
+                            return xErrorTxt(s_szBadFile);
+                        CNewRecord<TResFont> font(XNEW(TResFont));
+                        if (!font)
+                            return xError(XERR_MEMORY);
+                        TakeName(font->szName, pszName);
+                        return font->Font.Load(pszFile, 0) ? font.GiveTo(m_listFonts) : 0;
+                    });
 }
 
 xlong CResData::LoadBitmaps()
 {
-    if (!EnterSection("Bitmaps"))
+    if (!EnterSection(XRES_BITMAPS))
         return 1;
     CLastPicture last(this);
-    for (; ItemExists(); NextItem(0))
-    {
-        if (IsComment())
-            continue;
-        if (ItemType() == 2)
-        {
-            if (!LoadBitmapChunk())
-                return 0;
-            continue;
-        }
-        CNewRecord<TBitmapRes> bitmap(NewBitmap(GetKeyword(), GetString(0)));
-        if (!bitmap || !LoadBitmapA(bitmap.Get(), bitmap->szName, bitmap->szFile) || !bitmap.GiveTo(m_listBitmaps))
-            return 0;
-    }
-    return 1;
+    return EachItem(*this, s_szBitmapTooBig,
+                    [&](const char *pszName)
+                    {
+                        if (ItemType() == 2)
+                            return LoadBitmapChunk();
+                        CNewRecord<TBitmapRes> bitmap(NewBitmap(pszName, GetString(0)));
+                        return bitmap && LoadBitmapA(bitmap.Get(), bitmap->szName, bitmap->szFile)
+                                   ? bitmap.GiveTo(m_listBitmaps)
+                                   : 0;
+                    });
 }
 
 // The pictures of one file.
@@ -213,15 +204,13 @@ xlong CResData::LoadBitmapChunk()
     if (!source.Load(pszFile, 0))
         return xErrorTxt("Couldn't load bitmap");
     EnterChunk();
-    for (; ItemExists(); NextItem(0))
-    {
-        if (IsComment())
-            continue;
-        CNewRecord<TBitmapRes> bitmap(NewBitmap(GetKeyword(), pszFile));
-        if (!bitmap || !Copybitmap(bitmap.Get(), &source) || !bitmap.GiveTo(m_listBitmaps))
-            return 0;
-    }
-    return ExitChunk();
+    return EachItem(*this, s_szBitmapTooBig,
+                    [&](const char *pszName)
+                    {
+                        CNewRecord<TBitmapRes> bitmap(NewBitmap(pszName, pszFile));
+                        return bitmap && Copybitmap(bitmap.Get(), &source) ? bitmap.GiveTo(m_listBitmaps) : 0;
+                    }) &&
+           ExitChunk();
 }
 
 xlong CResData::Copybitmap(TBitmapRes *pRes, CBitmap *pSource)
@@ -259,46 +248,39 @@ xlong CResData::LoadBitmapA(TBitmapRes *pRes, const char *pszName, const char *p
 
 xlong CResData::LoadAnimations()
 {
-    if (!EnterSection("Animations"))
+    const TResSection *const pSection = EnterSection(XRES_ANIMATIONS);
+    if (!pSection)
         return 1;
-    for (; ItemExists(); NextItem(0))
-    {
-        if (IsComment())
-            continue;
-        const char *const pszName = GetKeyword();
-        if (!pszName)
-            return xErrorTxt("defName is invalid");
-        if (strlen(pszName) >= RES_NAME_SIZE)
-            return Refuse(s_szBitmapTooBig, pszName);
-        const char *const pszFile = GetString(0);
-        if (!pszFile)
-            return xErrorTxt(s_szBadFile);
-        // delay, x, y, width, height, frames, frames of a row, transparent
-        xlong alFields[8];
-        for (xlong l = 0; l < 8; ++l)
-            if (!GetLong(l + 1, alFields + l))
-                return Refuse("Failed to read in the frame delay,x,y,w,h,col,row,transFlag data fields for "
-                              "animation \"%s\"",
-                              pszName);
-        CBitmap sheet;
-        if (!sheet.Load(pszFile, 0))
-            return xErrorTxt("Failed to load temporary bitmap for anim\n");
-        if (glb->m_pScreen && !glb->m_pScreen->MakeScreenFormat(&sheet, 1))
-            return xErrorTxt("Failed to make screen bitmap for anim\n");
-        CNewRecord<TResAnim> anim(XNEW(TResAnim));
-        if (!anim)
-            return xError(XERR_MEMORY);
-        TakeName(anim->szName, pszName);
-        anim->pAnim = MakeCntrlAnim(&sheet, alFields[3], alFields[4], alFields[5], alFields[6], 0, 1, alFields[7]);
-        if (!anim->pAnim)
-            return Refuse("Failed to create the \"%s\" animation", pszName);
-        anim->pAnim->ulDelay = (xulong)alFields[0];
-        TCntrlAnim *const pAnim = anim->pAnim;
-        if (!anim.GiveTo(m_listAnims))
-        {
-            FreeCntrlAnim(pAnim);
-            return 0;
-        }
-    }
-    return 1;
+    return EachItem(*this, s_szBitmapTooBig,
+                    [&](const char *pszName)
+                    {
+                        CResFields fields;
+                        const bool bRead = fields.Read(*this, pSection->Items.pRows->Fields) != 0;
+                        if (!bRead && !fields.m_lRead)
+                            return xErrorTxt(s_szBadFile);
+                        if (!bRead)
+                            return Refuse("Failed to read in the frame delay,x,y,w,h,col,row,transFlag data fields for "
+                                          "animation \"%s\"",
+                                          pszName);
+                        CBitmap sheet;
+                        if (!sheet.Load(fields.TextAt(0), 0))
+                            return xErrorTxt("Failed to load temporary bitmap for anim\n");
+                        if (glb->m_pScreen && !glb->m_pScreen->MakeScreenFormat(&sheet, 1))
+                            return xErrorTxt("Failed to make screen bitmap for anim\n");
+                        CNewRecord<TResAnim> anim(XNEW(TResAnim));
+                        if (!anim)
+                            return xError(XERR_MEMORY);
+                        TakeName(anim->szName, pszName);
+                        anim->pAnim = MakeCntrlAnim(&sheet, fields.Number(XRES_AS_WIDTH), fields.Number(XRES_AS_HEIGHT),
+                                                    fields.Number(XRES_AS_FRAMES), fields.Number(XRES_AS_PER_ROW), 0, 1,
+                                                    fields.Number(XRES_AS_TRANSPARENT));
+                        if (!anim->pAnim)
+                            return Refuse("Failed to create the \"%s\" animation", pszName);
+                        anim->pAnim->ulDelay = (xulong)fields.Number(XRES_AS_DELAY);
+                        TCntrlAnim *const pAnim = anim->pAnim;
+                        if (anim.GiveTo(m_listAnims))
+                            return (xlong)1;
+                        FreeCntrlAnim(pAnim);
+                        return (xlong)0;
+                    });
 }

@@ -2,12 +2,14 @@
 #pragma once
 
 #include "gui/resources/resanim.h"
+#include "gui/resources/resfields.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
 #include "tarvix/resdata.h"
 #include "tarvix/strings.h"
 
 #include <stdio.h>
+#include <string.h>
 
 /// The first record for which the test holds, or null. The list's cursor stays.
 template <class TRecord, class TTest>
@@ -52,6 +54,43 @@ template <size_t SIZE>
 void TakeName(char (&szName)[SIZE], const char *pszName)
 {
     snprintf(szName, SIZE, "%s", pszName);
+}
+
+/// Walks the items of the current chunk, without comments, until one fails.
+/// @param pszTooBig  refuses names of RES_NAME_SIZE and more; null lets them pass
+/// @param use        gets the name; returns 1, or 0 with a report
+template <class TUse>
+xlong EachItem(CResData &res, const char *pszTooBig, TUse use)
+{
+    for (; res.ItemExists(); res.NextItem(0))
+    {
+        if (res.IsComment())
+            continue;
+        const char *const pszName = res.GetKeyword();
+        if (pszTooBig && strlen(pszName) >= RES_NAME_SIZE)
+            return Refuse(pszTooBig, pszName);
+        if (!use(pszName))
+            return 0;
+    }
+    return 1;
+}
+
+/// EachItem for a section whose items are all alike.
+/// @param pSection  null, when it is not there, gives 1
+/// @param pszBad    refuses items whose strings can't be read
+/// @param use       gets name and strings
+template <class TUse>
+xlong EachEntry(CResData &res, const TResSection *pSection, const char *pszTooBig, const char *pszBad, TUse use)
+{
+    if (!pSection)
+        return 1;
+    return EachItem(res, pszTooBig,
+                    [&](const char *pszName)
+                    {
+                        CResFields fields;
+                        return fields.Read(res, pSection->Items.pRows->Fields) ? use(pszName, fields)
+                                                                               : Refuse(pszBad, pszName);
+                    });
 }
 
 /// A record that is deleted at the end unless a list has taken it.

@@ -1,5 +1,6 @@
 // Checks, formats and reads KCBL scripts.
 
+#include "options.h"
 #include "rescheck.h"
 #include "tool.h"
 #include "wordtables.h"
@@ -391,7 +392,7 @@ int Get(const CTool &tool, const std::string &strFile, const std::string &strArg
     std::string strPath = strArgument;
     std::optional<xlong> element, index;
     if (!TakeIndex(strPath, element) || !TakeIndex(strPath, index))
-        return tool.Usage(s_szUsage, strArgument + ": this is no path");
+        return tool.Usage(strArgument + ": this is no path");
     if (!index)
         std::swap(index, element);
     CKCBL kcbl;
@@ -522,37 +523,29 @@ int main(int argc, char **argv)
     _setmode(_fileno(stdout), _O_BINARY);
 #endif
     const std::vector<std::string> args(argv + 1, argv + argc);
-    if (args.size() == 1 && (args[0] == "--help" || args[0] == "-h"))
-    {
-        fputs(s_szUsage, stdout);
+    if (IsHelp(args, s_szUsage))
         return EXIT_GOOD;
-    }
     CTool tool("kcbl");
     if (!tool.IsReady())
         return tool.FailWithReport("", "the library could not be started");
-    const std::string strCommand = args.empty() ? "" : args[0];
     bool bCheck = false, bStrict = false;
     xlong lWidth = 0;
-    std::vector<std::string> files, folders;
-    for (size_t ul = 1; ul < args.size(); ++ul)
+    std::vector<std::string> words, folders;
+    COptions options;
+    const std::string strCommand = args.empty() ? "" : args[0];
+    if (strCommand == "fmt")
     {
-        if (strCommand == "fmt" && args[ul] == "--check")
-            bCheck = true;
-        else if (strCommand == "fmt" && args[ul] == "--width" && ul + 1 < args.size())
-        {
-            lWidth = atoi(args[++ul].c_str());
-            if (lWidth < 1)
-                return tool.Usage(s_szUsage, args[ul] + ": a width is a number from 1 on");
-        }
-        else if (strCommand == "check" && args[ul] == "--files" && ul + 1 < args.size())
-            folders.push_back(args[++ul]);
-        else if (strCommand == "check" && args[ul] == "--strict")
-            bStrict = true;
-        else if (args[ul].size() > 1 && args[ul][0] == '-')
-            return tool.Usage(s_szUsage, args[ul] + ": there is no such option");
-        else
-            files.push_back(args[ul]);
+        options.Switch("--check", bCheck);
+        options.Number("--width", 1, 10000, lWidth);
     }
+    if (strCommand == "check")
+    {
+        options.Texts("--files", "a folder", folders);
+        options.Switch("--strict", bStrict);
+    }
+    if (const std::string strWhy = options.Read(args, words); !strWhy.empty())
+        return tool.Usage(strWhy);
+    const std::vector<std::string> files(words.begin() + !words.empty(), words.end());
     if (strCommand == "check" && !files.empty())
         return Check(tool, files, folders, bStrict);
     if (strCommand == "fmt" && !files.empty())
@@ -563,5 +556,5 @@ int main(int argc, char **argv)
         return Json(tool, files[0]);
     if (strCommand == "words" && files.size() < 2)
         return Words(tool, files.empty() ? "" : files[0]);
-    return tool.Usage(s_szUsage, "this takes check, fmt, get, json or words, and files");
+    return tool.Usage("this takes check, fmt, get, json or words, and files");
 }

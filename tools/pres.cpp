@@ -36,15 +36,13 @@ std::string Pack(const std::string &strPlain)
 
 int main(int argc, char **argv)
 {
-    if (argc == 2 && (!strcmp(argv[1], "--help") || !strcmp(argv[1], "-h")))
-    {
-        fputs(s_szUsage, stdout);
+    const std::vector<std::string> args(argv + 1, argv + argc);
+    if (IsHelp(args, s_szUsage))
         return EXIT_GOOD;
-    }
     CTool tool("pres");
     const bool bPack = argc > 1 && !strcmp(argv[1], "pack");
     if (argc != 4 || (!bPack && strcmp(argv[1], "unpack")))
-        return tool.Usage(s_szUsage, "this takes pack or unpack and two file names");
+        return tool.Usage("this takes pack or unpack and two file names");
     std::string strIn, strOut;
     if (!ReadWhole(argv[2], strIn))
         return tool.Fail(argv[2], "the file can't be read");

@@ -62,9 +62,9 @@ public:
         return Fail(strFile, glb->m_Error.GetErrCode() ? glb->m_Error.GetError(nullptr) : strOtherwise);
     }
 
-    int Usage(const char *pszUsage, const std::string &strWhy) const
+    int Usage(const std::string &strWhy) const
     {
-        fprintf(stderr, "%s: %s\n%s", m_pszName, strWhy.c_str(), pszUsage);
+        fprintf(stderr, "%s: %s (%s --help tells more)\n", m_pszName, strWhy.c_str(), m_pszName);
         return EXIT_USAGE;
     }
 
@@ -72,6 +72,15 @@ private:
     const char *m_pszName;
     bool m_bReady;
 };
+
+/// Prints the usage when that is what was asked for.
+inline bool IsHelp(const std::vector<std::string> &args, const char *pszUsage)
+{
+    if (args.size() != 1 || (args[0] != "--help" && args[0] != "-h"))
+        return false;
+    fputs(pszUsage, stdout);
+    return true;
+}
 
 inline bool ReadWhole(const std::string &strPath, std::string &strBytes)
 {

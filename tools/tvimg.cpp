@@ -1,5 +1,6 @@
 // Looks into pictures and converts them.
 
+#include "options.h"
 #include "tool.h"
 
 #include "tarvix/bitmap.h"
@@ -265,31 +266,28 @@ int Convert(const CTool &tool, const TOptions &options, TTypes &types)
 }
 
 // @return what is wrong with the command line; empty if nothing is
-std::string ReadOptions(int argc, char **argv, TOptions &options)
+std::string ReadOptions(const std::vector<std::string> &args, std::vector<std::string> &words, TOptions &options)
 {
-    for (int i = 2; i < argc; ++i)
+    COptions known;
+    known.Switch("--dither", options.bDither);
+    known.Text("--palette", "a palette file", options.strPalette);
+    known.Value("--depth", "8, 16 or 24",
+                [&options](const std::string &str)
+                {
+                    options.lDepth = atoi(str.c_str());
+                    return str == "8" || str == "16" || str == "24";
+                });
+    return known.Read(args, words);
+}
+
+std::string ReadConvert(const std::vector<std::string> &words, TOptions &options)
+{
+    if (words.size() > 3)
+        return "\"" + words[3] + "\" is one file too many";
+    if (words.size() == 3)
     {
-        const std::string strWord = argv[i];
-        const bool bMore = i + 1 < argc;
-        if (strWord == "--dither")
-            options.bDither = true;
-        else if (strWord == "--palette" && bMore)
-            options.strPalette = argv[++i];
-        else if (strWord == "--depth" && bMore)
-        {
-            const std::string strDepth = argv[++i];
-            if (strDepth != "8" && strDepth != "16" && strDepth != "24")
-                return "--depth takes 8, 16 or 24";
-            options.lDepth = std::stol(strDepth);
-        }
-        else if (strWord.empty() || strWord[0] == '-')
-            return "\"" + strWord + "\" is not understood";
-        else if (options.strIn.empty())
-            options.strIn = strWord;
-        else if (options.strOut.empty())
-            options.strOut = strWord;
-        else
-            return "\"" + strWord + "\" is one file too many";
+        options.strIn = words[1];
+        options.strOut = words[2];
     }
     if (options.strOut.size() < 5 || xStricmp(options.strOut.c_str() + options.strOut.size() - 4, ".bmp"))
         return "convert takes a picture and the name of a BMP file";
@@ -301,21 +299,22 @@ std::string ReadOptions(int argc, char **argv, TOptions &options)
 
 int main(int argc, char **argv)
 {
-    const std::string strCommand = argc > 1 ? argv[1] : "";
-    if (strCommand == "--help" || strCommand == "-h")
-    {
-        fputs(s_szUsage, stdout);
+    const std::vector<std::string> args(argv + 1, argv + argc);
+    if (IsHelp(args, s_szUsage))
         return EXIT_GOOD;
-    }
     CTool tool("tvimg");
     if (!tool.IsReady())
         return tool.Fail("", "there is not enough memory");
     const std::unique_ptr<TTypes> pTypes = std::make_unique<TTypes>();
-    if (strCommand == "info" && argc == 3)
-        return Info(tool, argv[2]);
-    if (strCommand != "convert")
-        return tool.Usage(s_szUsage, "this takes info and a file name, or convert and two");
     TOptions options;
-    const std::string strWhy = ReadOptions(argc, argv, options);
-    return strWhy.empty() ? Convert(tool, options, *pTypes) : tool.Usage(s_szUsage, strWhy);
+    std::vector<std::string> words;
+    std::string strWhy = ReadOptions(args, words, options);
+    if (!strWhy.empty())
+        return tool.Usage(strWhy);
+    if (words.size() == 2 && words[0] == "info")
+        return Info(tool, words[1]);
+    if (words.empty() || words[0] != "convert")
+        return tool.Usage("this takes info and a file name, or convert and two");
+    strWhy = ReadConvert(words, options);
+    return strWhy.empty() ? Convert(tool, options, *pTypes) : tool.Usage(strWhy);
 }

@@ -1,5 +1,6 @@
 // Makes, lists and unpacks archives.
 
+#include "options.h"
 #include "tool.h"
 
 #include "tarvix/archive.h"
@@ -222,27 +223,17 @@ int Extract(const CTool &tool, const TOptions &options)
 }
 
 // @return what is wrong, or an empty string
-std::string ReadOptions(int argc, char **argv, TOptions &options)
+std::string ReadOptions(const std::vector<std::string> &args, TOptions &options)
 {
+    COptions known;
+    known.Switch("--dry-run", options.bDryRun);
+    known.Switch("--quiet", options.bQuiet);
+    known.Text("--to", "a folder", options.strTo);
+    known.Text("-C", "a folder", options.strFrom);
     std::vector<std::string> words;
-    for (int n = 1; n < argc; ++n)
-    {
-        const std::string strWord = argv[n];
-        if (strWord == "--dry-run")
-            options.bDryRun = true;
-        else if (strWord == "--quiet")
-            options.bQuiet = true;
-        else if (strWord == "--to" || strWord == "-C")
-        {
-            if (++n == argc)
-                return strWord + " takes a directory";
-            (strWord == "-C" ? options.strFrom : options.strTo) = argv[n];
-        }
-        else if (strWord.size() > 1 && strWord[0] == '-')
-            return "there is no option " + strWord;
-        else
-            words.push_back(strWord);
-    }
+    const std::string strWrong = known.Read(args, words);
+    if (!strWrong.empty())
+        return strWrong;
     if (words.empty() || (words[0] != "create" && words[0] != "list" && words[0] != "extract"))
         return "this takes create, list or extract";
     options.strCommand = words[0];
@@ -260,18 +251,16 @@ std::string ReadOptions(int argc, char **argv, TOptions &options)
 
 int main(int argc, char **argv)
 {
-    if (argc == 2 && (!strcmp(argv[1], "--help") || !strcmp(argv[1], "-h")))
-    {
-        fputs(s_szUsage, stdout);
+    const std::vector<std::string> args(argv + 1, argv + argc);
+    if (IsHelp(args, s_szUsage))
         return EXIT_GOOD;
-    }
     CTool tool("tvpack");
     if (!tool.IsReady())
         return tool.Fail("", "the library can't start");
     TOptions options;
-    const std::string strWrong = ReadOptions(argc, argv, options);
+    const std::string strWrong = ReadOptions(args, options);
     if (!strWrong.empty())
-        return tool.Usage(s_szUsage, strWrong);
+        return tool.Usage(strWrong);
     s_Progress.bShown = !options.bQuiet && isatty(2);
     if (options.strCommand == "create")
         return Create(tool, options);

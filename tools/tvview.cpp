@@ -1,5 +1,6 @@
 // Shows the windows of a resource script while it is written.
 
+#include "options.h"
 #include "tool.h"
 #include "viewer.h"
 
@@ -57,34 +58,20 @@ bool ReadMode(const std::string &str, TOptions &options)
 // @return what is wrong with the command line, or an empty text
 std::string ReadOptions(const std::vector<std::string> &args, TOptions &options)
 {
-    for (size_t ul = 0; ul < args.size(); ++ul)
+    COptions known;
+    known.Switch("--list", options.bList);
+    known.Switch("--check", options.bCheck);
+    known.Text("--shot", "the name of a BMP file", options.strShot);
+    known.Number("--frames", 1, 1000000, options.lFrames);
+    known.Value("--mode", "width, height and depth, as 800x600x24; depths are 8, 16 and 24",
+                [&options](const std::string &str) { return ReadMode(str, options); });
+    const std::string strWhy = known.Read(args, options.windows);
+    if (!strWhy.empty())
+        return strWhy;
+    if (!options.windows.empty())
     {
-        const std::string &str = args[ul], strValue = ul + 1 < args.size() ? args[ul + 1] : "";
-        if (str == "--list")
-            options.bList = true;
-        else if (str == "--check")
-            options.bCheck = true;
-        else if (str == "--shot" && !strValue.empty())
-            options.strShot = args[++ul];
-        else if (str == "--frames")
-        {
-            options.lFrames = atol(strValue.c_str());
-            if (options.lFrames < 1 || strValue.find_first_not_of("0123456789") != std::string::npos)
-                return "--frames takes a number from 1 on";
-            ++ul;
-        }
-        else if (str == "--mode")
-        {
-            if (!ReadMode(strValue, options))
-                return "--mode takes width, height and depth, as 800x600x24; depths are 8, 16 and 24";
-            ++ul;
-        }
-        else if (!str.empty() && str[0] == '-')
-            return str + (str == "--shot" ? ": the file is missing" : ": there is no such option");
-        else if (options.strShown.empty())
-            options.strShown = str;
-        else
-            options.windows.push_back(str);
+        options.strShown = options.windows.front();
+        options.windows.erase(options.windows.begin());
     }
     if (options.strShown.empty())
         return "this takes a resource script";
@@ -194,18 +181,15 @@ int Show(const TOptions &options)
 int main(int argc, char **argv)
 {
     const std::vector<std::string> args(argv + 1, argv + argc);
-    if (args.size() == 1 && (args[0] == "--help" || args[0] == "-h"))
-    {
-        fputs(s_szUsage, stdout);
+    if (IsHelp(args, s_szUsage))
         return EXIT_GOOD;
-    }
     TOptions options;
     {
         CTool tool("tvview");
         if (!tool.IsReady())
             return tool.FailWithReport("", "the library could not be started");
         if (const std::string strWhy = ReadOptions(args, options); !strWhy.empty())
-            return tool.Usage(s_szUsage, strWhy);
+            return tool.Usage(strWhy);
         if (!EnterFolder(options))
             return tool.Fail(options.strShown, "the file can't be read");
         if (options.bList || options.bCheck)

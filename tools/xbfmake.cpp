@@ -1,5 +1,6 @@
 // Makes XBF fonts of TrueType, OpenType and BDF fonts.
 
+#include "options.h"
 #include "tool.h"
 
 #include "tarvix/bitmap.h"
@@ -48,6 +49,8 @@ const unsigned char s_ucSolid = 64; // from here on an edge counts as letter
 const unsigned char s_ucNoEffect = 2;
 const int s_nPictureWidth = 256;
 
+const int s_nNoSpacing = -100; // asked for: outlined letters stand one pixel further apart then
+
 struct TOptions
 {
     std::string strFont, strOut, strPreview;
@@ -55,9 +58,9 @@ struct TOptions
         "The quick brown fox jumps over\nthe lazy dog. 0123456789\n"
         "(AVATAR) {if} [jig] \"Wool\" 100%\n\u00c4pfel, \u00fc\u00df, \u00e9t\u00e9, \u00c5ngstr\u00f6m";
     int nSize = 0;
-    int nSpacing = 0;
+    int nSpacing = s_nNoSpacing;
+    bool bGrey = false, bOutline = false, bShadow = false;
     int nLine = 0; // of the cells
-    bool bSpacing = false, bGrey = false, bOutline = false, bShadow = false;
     std::vector<int> codes;
 };
 
@@ -107,14 +110,6 @@ std::string ToCodes(const std::string &strText)
         strCodes += nCode < CFont::CODES ? (char)nCode : '?';
     }
     return strCodes;
-}
-
-bool ParseNumber(const char *psz, int nLeast, int nMost, int &nValue)
-{
-    char *pszEnd = nullptr;
-    const long l = strtol(psz, &pszEnd, 10);
-    nValue = (int)l;
-    return *psz && !*pszEnd && l >= nLeast && l <= nMost;
 }
 
 bool ParseRange(const char *psz, std::vector<int> &codes)
@@ -400,77 +395,46 @@ int WritePreview(const CTool &tool, const TOptions &options)
 }
 
 /// @return what is wrong, or nothing
-std::string ParseArguments(int argc, char **argv, TOptions &options)
+std::string ParseArguments(const std::vector<std::string> &args, TOptions &options)
 {
-    const struct
-    {
-        const char *pszName;
-        int nLeast, nMost;
-        int *pnValue;
-    } numbers[] = { { "--size", 4, 200, &options.nSize },
-                    { "--spacing", -8, 32, &options.nSpacing },
-                    { "--line", 1, 254, &options.nLine } };
-    const struct
-    {
-        const char *pszName;
-        bool *pbValue;
-    } switches[] = { { "--grey", &options.bGrey },
-                     { "--outline", &options.bOutline },
-                     { "--shadow", &options.bShadow } };
+    COptions known;
+    known.Number("--size", 4, 200, options.nSize);
+    known.Number("--spacing", -8, 32, options.nSpacing);
+    known.Number("--line", 1, 254, options.nLine);
+    known.Switch("--grey", options.bGrey);
+    known.Switch("--outline", options.bOutline);
+    known.Switch("--shadow", options.bShadow);
+    known.Text("--preview", "the name of a BMP file", options.strPreview);
+    known.Text("--text", "a text", options.strText);
+    known.Value("--range", "codes from 32 to 254, as 32-126,160-254",
+                [&options](const std::string &str) { return ParseRange(str.c_str(), options.codes); });
     std::vector<std::string> files;
-    for (int n = 1; n < argc; ++n)
-    {
-        const std::string strName = argv[n];
-        const auto number = std::find_if(std::begin(numbers), std::end(numbers),
-                                         [&](const auto &entry) { return strName == entry.pszName; });
-        const auto toggle = std::find_if(std::begin(switches), std::end(switches),
-                                         [&](const auto &entry) { return strName == entry.pszName; });
-        if (toggle != std::end(switches))
-            *toggle->pbValue = true;
-        else if (strName.compare(0, 2, "--"))
-            files.push_back(strName);
-        else if (number == std::end(numbers) && strName != "--range" && strName != "--preview" && strName != "--text")
-            return "there is no option " + strName;
-        else if (++n == argc)
-            return strName + " needs a value";
-        else if (number != std::end(numbers))
-        {
-            if (!ParseNumber(argv[n], number->nLeast, number->nMost, *number->pnValue))
-                return strName + " takes " + std::to_string(number->nLeast) + " to " + std::to_string(number->nMost);
-            options.bSpacing = options.bSpacing || strName == "--spacing";
-        }
-        else if (strName == "--preview")
-            options.strPreview = argv[n];
-        else if (strName == "--text")
-            options.strText = argv[n];
-        else if (!ParseRange(argv[n], options.codes))
-            return "--range takes codes from 32 to 254, as 32-126,160-254";
-    }
+    const std::string strWhy = known.Read(args, files);
+    if (!strWhy.empty())
+        return strWhy;
     if (files.size() != 2 || !options.nSize)
         return "this takes a font, the name of the new file and --size";
     options.strFont = files[0];
     options.strOut = files[1];
     if (options.codes.empty())
         ParseRange("32-126,160-254", options.codes);
-    if (options.bOutline && !options.bSpacing)
-        options.nSpacing = 1;
+    if (options.nSpacing == s_nNoSpacing)
+        options.nSpacing = options.bOutline ? 1 : 0;
     return "";
 }
 } // namespace
 
 int main(int argc, char **argv)
 {
-    if (argc == 2 && (!strcmp(argv[1], "--help") || !strcmp(argv[1], "-h")))
-    {
-        fputs(s_szUsage, stdout);
+    const std::vector<std::string> args(argv + 1, argv + argc);
+    if (IsHelp(args, s_szUsage))
         return EXIT_GOOD;
-    }
     CTool tool("xbfmake");
     CBMPPic bmp; // adds itself to the picture types
     TOptions options;
-    std::string strWhy = ParseArguments(argc, argv, options);
+    std::string strWhy = ParseArguments(args, options);
     if (!strWhy.empty())
-        return tool.Usage(s_szUsage, strWhy);
+        return tool.Usage(strWhy);
 
     CFace face;
     strWhy = face.Open(options.strFont, options.nSize);

@@ -2,6 +2,16 @@
 // top block that grows and shrinks at the end of the heap's memory. A free
 // block repeats its size in its last word, which is the first word of the
 // block behind it; a block in use lends that word to its caller.
+//
+// Invariants, which HeapState checks for tests
+// 1. Blocks lie one behind the other from the start of a segment to the top, or
+//    in a closed segment to its two fences. Sizes are multiples of s_ulAlign.
+// 2. No two free blocks stand side by side: freeing joins at once.
+// 3. A block's flag says whether the one before it is in use, and a free
+//    block's size stands in its last word too.
+// 4. A free block is in the bin of its size, but for the remainder of the last
+//    split and the top. In a bin sizes fall, and a bin that is filled has its bit.
+// 5. The top reaches to the end of what was reserved.
 
 #include "core/heap.h"
 

@@ -1,10 +1,19 @@
 #include "tarvix/llist.h"
 
+#include "core/invariant.h"
 #include "core/nodepool.h"
 #include "core/walk.h"
 #include "tarvix/globals.h"
 
 #include <string.h>
+
+// Invariants
+// 1. Neighbours point to each other. The first node has none before it, the
+//    last none behind it; a list has both or neither.
+// 2. The cursor and the saved ones are null or on a node of the list.
+// 3. m_lNumNodes counts the nodes, and besides the calls of InsertBefore and
+//    InsertAfter with a cursor past the end, which link nothing.
+// 4. A walk that runs is told of each node before it leaves its place.
 
 namespace
 {
@@ -50,6 +59,13 @@ CNode *NodeFor(void *pItem, xlong lIsNode)
     if (pNode)
         *pNode = { nullptr, nullptr, pItem };
     return pNode;
+}
+
+// Invariant 1 for one node.
+bool IsLinked(const CLList &list, const CNode *pNode)
+{
+    return (pNode->pPrev ? pNode->pPrev->pNext : list.m_pFirst) == pNode &&
+           (pNode->pNext ? pNode->pNext->pPrev : list.m_pLast) == pNode;
 }
 
 // Inline for callers, and yet exported for those that link them.
@@ -110,6 +126,7 @@ short CLList::InsertFirst(void *pItem, xlong lIsNode)
     m_pFirst->pPrev = pNode;
     m_pFirst = pNode;
     ++m_lNumNodes;
+    TARVIX_INVARIANT(IsLinked(*this, pNode));
     return 1;
 }
 
@@ -125,6 +142,7 @@ short CLList::InsertLast(void *pItem, xlong lIsNode)
     m_pLast->pNext = pNode;
     m_pLast = pNode;
     ++m_lNumNodes;
+    TARVIX_INVARIANT(IsLinked(*this, pNode));
     return 1;
 }
 
@@ -149,6 +167,7 @@ short CLList::InsertBefore(void *pItem, xlong lIsNode)
         m_pFirst = pNode;
     m_pCurr->pPrev = pNode;
     ++m_lNumNodes;
+    TARVIX_INVARIANT(IsLinked(*this, pNode));
     return 1;
 }
 
@@ -173,6 +192,7 @@ short CLList::InsertAfter(void *pItem, xlong lIsNode)
     m_pCurr->pNext = pNode;
     m_pCurr = pNode;
     ++m_lNumNodes;
+    TARVIX_INVARIANT(IsLinked(*this, pNode));
     return 1;
 }
 
@@ -211,6 +231,7 @@ short CLList::ItemExists(void *pItem)
 
 void CLList::Unlink(CNode *pNode)
 {
+    TARVIX_INVARIANT(IsLinked(*this, pNode));
     if (CListWalk::IsAny())
         CListWalk::OnLeave(pNode, pNode);
     // A cursor that was kept on this node comes back past the end.
@@ -321,6 +342,7 @@ xlong CLList::MoveFirst(xlong lCount)
     pRun->pPrev = nullptr;
     m_pFirst = pRun;
     First();
+    TARVIX_INVARIANT(IsLinked(*this, pRun) && IsLinked(*this, pRunEnd));
     return 1;
 }
 

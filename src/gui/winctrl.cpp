@@ -1,5 +1,6 @@
 #include "tarvix/winctrl.h"
 
+#include "core/invariant.h"
 #include "core/msgsys.h"
 #include "core/walk.h"
 #include "gui/look.h"
@@ -12,6 +13,14 @@
 #include "tarvix/mouse.h"
 #include "tarvix/screen.h"
 #include "tarvix/window.h"
+
+// Invariants
+// 1. The list's order is the windows' order from front to back: hits are looked
+//    for from its head, drawing begins at its end.
+// 2. An entry's window lives: it takes its entries out when it dies.
+// 3. After ToFront modal windows stand ahead of all others.
+// 4. What calls a window walks with CListWalk; the list's cursor is the host's,
+//    and whoever moves it in between puts it back.
 
 namespace
 {
@@ -129,6 +138,19 @@ void OrderModal(CLList &windows)
         bSeenOther = bSeenOther || !bModal;
         windows.Next();
     }
+}
+// Invariant 3.
+bool IsModalFirst(const CLList &windows)
+{
+    bool bSeenOther = false;
+    for (const TWinEntry *pEntry : Each<TWinEntry>(windows))
+    {
+        const bool bModal = (pEntry->pWindow->m_lFlags & XWIN_MODAL) != 0;
+        if (bModal && bSeenOther)
+            return false;
+        bSeenOther |= !bModal;
+    }
+    return true;
 }
 } // namespace
 
@@ -509,6 +531,7 @@ xlong CWinCtrl::ToFront(xlong lID)
             break;
         }
     OrderModal(m_Windows);
+    TARVIX_INVARIANT(IsModalFirst(m_Windows));
     Activate(lID);
     return 1;
 }

@@ -26,6 +26,17 @@
 #include <algorithm>
 #include <stdint.h>
 
+// Invariants
+// 1. xCreateGlobals and xInit make objects in the order of the record; what a
+//    failed one has made stays for xFreeGlobals and xExit, which take null.
+// 2. xExit goes before xFreeGlobals: screens and input leave lists that are
+//    still there. CMemory is last, since it tells what was not released.
+// 3. glb and sglb are the host's: after the host has freed them nothing here
+//    reads them, and the window procedure passes messages on.
+// 4. A frame has one order of steps, whichever screen there is: timers, drawing,
+//    messages, wait, input, restoring, pools. Frames may nest in any of them
+//    but the wait.
+
 namespace
 {
 const xulong s_ulLongestFrame = 250; // milliseconds

@@ -359,6 +359,16 @@ public:
     };
     xlong m_lClipCount;
 
+private:
+    friend class CWindowBase;
+    void LinkTo(CWindowBase *pWindow);
+
+    // All controls of one window, those that its list doesn't hold too: it
+    // takes itself out of them when it dies.
+    CWindowBase *m_pLinked;
+    CControlBase *m_pNextLinked;
+    CControlBase *m_pPrevLinked;
+
 protected:
     /// The names that SetAnimLine looks up. Variables have no names here: 0.
     char *SetAnimLine_GetObj_Name(char *pszName);

@@ -110,7 +110,7 @@ private:
     xlong m_lRealActive; ///< what became of the window meanwhile, -1 for nothing
     xlong m_lPointX;     ///< what full-screen modes follow
     xlong m_lPointY;
-    xlong m_alMode[3]; ///< width, height and depth; 0 when the recording names none
+    xlong m_alMode[3];       ///< width, height and depth; 0 when the recording names none
     char *m_pText;           ///< owned; texts of events lie in it
     TReplayEvent *m_pEvents; ///< owned
     xlong m_lEvents;

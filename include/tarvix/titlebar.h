@@ -39,6 +39,6 @@ public:
 private:
     void PlaceParts();
     xlong MouseMessage(xlong lX, xlong lY, xparam lP3);
-    void EndDrag();
+    bool EndDrag();
     xlong DragStep(xlong lX, xlong lY);
 };

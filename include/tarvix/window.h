@@ -117,6 +117,7 @@ public:
     CLList m_Cntrls;             ///< in drawing order; not owned
 
 private:
+    friend class CControlBase;
     void UpdateArea();
     xlong KeyMessage(xlong lP1, xlong lP2, xparam lP3, void *pData);
     void TabToNext(xlong lP1, xlong lP2, xparam lP3, void *pData);
@@ -124,6 +125,8 @@ private:
     xlong DragTo(xlong lX, xlong lY);
     xlong ActivateMessage(xlong lP1, xparam lP3);
     xlong PasteMessage(const char *pszText);
+
+    CControlBase *m_pFirstLinked;
 };
 
 /// A window with a title bar and a frame, as its flags say.

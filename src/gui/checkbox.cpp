@@ -1,5 +1,6 @@
 #include "tarvix/checkbox.h"
 
+#include "gui/alive.h"
 #include "gui/checkparts.h"
 #include "gui/cntrlanim.h"
 #include "gui/press.h"
@@ -11,12 +12,12 @@ TCheckParts PartsOf(CCheckbox &box)
     return { box, box.m_pCheck, box.m_lBoxWidth, box.m_bClickDone, box.m_bNoCaption, box.m_pCaption };
 }
 
-xlong Toggle(CCheckbox &box)
+// @return false when the box has died on the way
+bool Toggle(CCheckbox &box)
 {
     const bool bChecked = box.m_lState == XGUI_CHECKED;
     box.m_lNextState = bChecked ? XGUI_UNCHECKED : XGUI_CHECKED;
-    Tell(box, bChecked ? XGUIMSG_UNCHECKED : XGUIMSG_CHECKED);
-    return 1;
+    return Tell(box, bChecked ? XGUIMSG_UNCHECKED : XGUIMSG_CHECKED);
 }
 } // namespace
 
@@ -71,7 +72,10 @@ xlong CCheckbox::SetParent(xlong lWindowID, CWindowBase *pWindow)
 
 xlong CCheckbox::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, void *pData)
 {
+    const CAlive alive(*this);
     CControlBase::GuiMsgHandler(lMsg, lP1, lP2, lP3, pData);
+    if (!alive)
+        return 1;
     if (m_lState == XGUI_DISABLED || (m_lFlags & CNTRL_READONLY))
         return 0;
     if (lMsg == XGUIMSG_KEY)
@@ -79,7 +83,8 @@ xlong CCheckbox::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, voi
         switch (TakeHotKey(*this, lP3))
         {
         case HOTKEY_DOWN:
-            return Toggle(*this);
+            Toggle(*this);
+            return 1;
         case HOTKEY_UP:
             Tell(*this, XGUIMSG_RELEASED);
             return 1;
@@ -92,9 +97,9 @@ xlong CCheckbox::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, voi
     const int nMouse = FollowCheckMouse(PartsOf(*this), lP1, lP2, lP3);
     if (nMouse == CHECK_CLICKED)
     {
-        if (m_lState == XGUI_CHECKED || m_lState == XGUI_UNCHECKED)
-            Toggle(*this);
         m_bClickDone = 1;
+        if ((m_lState == XGUI_CHECKED || m_lState == XGUI_UNCHECKED) && !Toggle(*this))
+            return 1;
     }
     if (nMouse != CHECK_PASSED)
         lResult = 1;

@@ -1,5 +1,6 @@
 #include "tarvix/control.h"
 
+#include "gui/alive.h"
 #include "gui/cntrlanim.h"
 #include "gui/look.h"
 #include "gui/press.h"
@@ -124,7 +125,8 @@ CControlBase::CControlBase()
     : m_pszText(nullptr), m_bMouseOver(0), m_lID(0), m_lWindowID(0), m_pWindow(nullptr), m_lX(0), m_lY(0), m_lWidth(0),
       m_lHeight(0), m_sHotkey(0), m_lFlags(0), m_lPressMode(PRESS_IDLE), m_bHighlightIfInactive(0), m_bOwnBuffer(0),
       m_lBufferSize(0), m_lSavedState(XGUI_NO_STATE), m_bDirty(0), m_Look(), m_bVisibleFlag(1), m_lMsgSystem(0),
-      m_lState(XGUI_RELEASED), m_lNextState(XGUI_RELEASED), m_lPageDone(), m_pCursor(nullptr), m_lClipCount(0)
+      m_lState(XGUI_RELEASED), m_lNextState(XGUI_RELEASED), m_lPageDone(), m_pCursor(nullptr), m_lClipCount(0),
+      m_pLinked(nullptr), m_pNextLinked(nullptr), m_pPrevLinked(nullptr)
 {
     m_Look.m_lAlpha = s_lDefaultAlpha;
     m_Look.m_TextColor.Set(255, 255, 255, m_Look.m_TextColor.ucAlpha);
@@ -136,9 +138,11 @@ CControlBase::CControlBase()
 
 CControlBase::~CControlBase()
 {
+    CAlive::OnDeath(*this);
     LeaveTemplates(this);
-    if (m_pWindow)
-        m_pWindow->RemoveCntrl(this);
+    if (m_pLinked)
+        m_pLinked->RemoveCntrl(this);
+    LinkTo(nullptr);
     CControlBase::Destroy();
     FreeAnimLines(*this);
 }
@@ -177,8 +181,8 @@ void CControlBase::LoseHotKey()
     if (m_lPressMode != PRESS_HOTKEY)
         return;
     m_lNextState = XGUI_RELEASED;
-    Tell(*this, XGUIMSG_RELEASED);
     m_lPressMode = PRESS_IDLE;
+    Tell(*this, XGUIMSG_RELEASED);
 }
 
 xlong CControlBase::SetFont(CFont *pFont, const TRGBA *pColor)
@@ -301,9 +305,29 @@ xlong CControlBase::SetParent(xlong lWindowID, CWindowBase *pWindow)
 {
     m_lWindowID = lWindowID;
     m_pWindow = pWindow;
+    LinkTo(pWindow);
     if (pWindow && (pWindow->m_lFlags & XWIN_HIGHLIGHTIFINACTIVE))
         m_bHighlightIfInactive = 1;
     return 1;
+}
+
+void CControlBase::LinkTo(CWindowBase *pWindow)
+{
+    if (m_pLinked == pWindow)
+        return;
+    if (m_pLinked)
+    {
+        (m_pPrevLinked ? m_pPrevLinked->m_pNextLinked : m_pLinked->m_pFirstLinked) = m_pNextLinked;
+        if (m_pNextLinked)
+            m_pNextLinked->m_pPrevLinked = m_pPrevLinked;
+    }
+    m_pLinked = pWindow;
+    m_pPrevLinked = nullptr;
+    m_pNextLinked = pWindow ? pWindow->m_pFirstLinked : nullptr;
+    if (m_pNextLinked)
+        m_pNextLinked->m_pPrevLinked = this;
+    if (pWindow)
+        pWindow->m_pFirstLinked = this;
 }
 
 xlong CControlBase::RemoveFlag(xlong lFlags)
@@ -312,6 +336,7 @@ xlong CControlBase::RemoveFlag(xlong lFlags)
     return 1;
 }
 
+// It may have died when it comes back.
 xlong CControlBase::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, void *pData)
 {
     if (lMsg != XGUIMSG_MOUSE)

@@ -1,6 +1,7 @@
 #include "tarvix/groupbox.h"
 
 #include "core/walk.h"
+#include "gui/alive.h"
 #include "gui/create.h"
 #include "gui/press.h"
 #include "tarvix/error.h"
@@ -10,8 +11,9 @@ CGroupbox::CGroupbox() = default;
 
 CGroupbox::~CGroupbox()
 {
+    // Its radio buttons stand in no window's list: without it they have no parent.
     for (CRadiobutton *pRadio : Each<CRadiobutton>(m_Radios))
-        pRadio->m_pGroup = nullptr;
+        pRadio->SetParent(pRadio->m_lWindowID, nullptr, nullptr);
 }
 
 xlong CGroupbox::SetPos(xlong lX, xlong lY)
@@ -35,19 +37,26 @@ xlong CGroupbox::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, voi
 {
     if (m_lState == XGUI_DISABLED)
         return 0;
+    const CAlive alive(*this);
     switch (lMsg)
     {
     case XGUIMSG_KEY:
         for (CListWalk walk(m_Radios); CRadiobutton *pRadio = walk.Next<CRadiobutton>();)
             pRadio->GuiMsgHandler(lMsg, lP1, lP2, lP3, pData);
-        return DecorKey(*this, lP3);
+        return alive ? DecorKey(*this, lP3) : 1;
     case XGUIMSG_MOUSE:
         for (CListWalk walk(m_Radios); CRadiobutton *pRadio = walk.Next<CRadiobutton>();)
-            if (pRadio->GuiMsgHandler(lMsg, lP1, lP2, lP3, pData) == 1)
-            {
-                m_pCursor = pRadio->m_pCursor;
+        {
+            const CAlive radioAlive(*pRadio);
+            const xlong lAnswer = pRadio->GuiMsgHandler(lMsg, lP1, lP2, lP3, pData);
+            if (!alive)
                 return 1;
-            }
+            if (lAnswer != 1)
+                continue;
+            if (radioAlive)
+                m_pCursor = pRadio->m_pCursor;
+            return 1;
+        }
         TakeCursor(*this, &CWinCtrl::m_ulCursorDefault);
         return DecorMouse(*this, lP1, lP2, lP3);
     case XGUIMSG_RADIOSELECT:
@@ -136,6 +145,6 @@ xlong CGroupbox::Add(CRadiobutton *pRadio)
 xlong CGroupbox::Remove(CRadiobutton *pRadio)
 {
     if (pRadio->m_pGroup == this)
-        pRadio->m_pGroup = nullptr;
+        pRadio->SetParent(pRadio->m_lWindowID, nullptr, nullptr);
     return m_Radios.DeleteItem(pRadio);
 }

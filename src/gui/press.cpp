@@ -1,5 +1,6 @@
 #include "gui/press.h"
 
+#include "gui/alive.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/globals.h"
 #include "tarvix/keyboard.h"
@@ -40,9 +41,9 @@ xlong ButtonMouse(CControlBase &control, const TPressRules &rules, xlong lX, xlo
         if (lState != XGUI_PRESSED && (rules.bHeldHighlights || !bHeld))
         {
             control.m_lNextState = XGUI_HIGHLIGHT;
-            if (lState == XGUI_RELEASED && rules.bTellsHighlight)
-                Tell(control, XGUIMSG_HIGHLIGHT);
             lResult = 1;
+            if (lState == XGUI_RELEASED && rules.bTellsHighlight && !Tell(control, XGUIMSG_HIGHLIGHT))
+                return 1;
         }
         // A press that began elsewhere finds the button idle and leaves it alone.
         if (control.m_lPressMode == PRESS_IDLE && !bHeld)
@@ -53,14 +54,16 @@ xlong ButtonMouse(CControlBase &control, const TPressRules &rules, xlong lX, xlo
             {
                 // In every frame of the press: sliders count on it.
                 control.m_lNextState = XGUI_PRESSED;
-                Tell(control, XGUIMSG_PRESSED);
                 lResult = 1;
+                if (!Tell(control, XGUIMSG_PRESSED))
+                    return 1;
             }
             else if (lState == XGUI_PRESSED)
             {
                 control.m_lNextState = XGUI_HIGHLIGHT;
-                Tell(control, XGUIMSG_RELEASED);
                 lResult = 1;
+                if (!Tell(control, XGUIMSG_RELEASED))
+                    return 1;
             }
         }
     }
@@ -75,16 +78,16 @@ xlong ButtonMouse(CControlBase &control, const TPressRules &rules, xlong lX, xlo
         {
             if (control.m_lPressMode == PRESS_IDLE)
             {
-                if (rules.bTellsHighlight)
-                    Tell(control, XGUIMSG_UNHIGHLIGHT);
+                if (rules.bTellsHighlight && !Tell(control, XGUIMSG_UNHIGHLIGHT))
+                    return 1;
                 control.m_lNextState = XGUI_RELEASED;
             }
             lResult = 1;
         }
         else if (!bHeld)
         {
-            if (lState == XGUI_HIGHLIGHT && rules.bTellsHighlight)
-                Tell(control, XGUIMSG_UNHIGHLIGHT);
+            if (lState == XGUI_HIGHLIGHT && rules.bTellsHighlight && !Tell(control, XGUIMSG_UNHIGHLIGHT))
+                return 1;
             control.m_lNextState = XGUI_RELEASED;
             control.m_lPressMode = PRESS_IDLE;
         }
@@ -94,8 +97,8 @@ xlong ButtonMouse(CControlBase &control, const TPressRules &rules, xlong lX, xlo
         !(rules.bInactiveHighlights && control.m_bHighlightIfInactive))
     {
         control.m_lNextState = XGUI_RELEASED;
-        if (rules.bTellsHighlight)
-            Tell(control, XGUIMSG_UNHIGHLIGHT);
+        if (rules.bTellsHighlight && !Tell(control, XGUIMSG_UNHIGHLIGHT))
+            return 1;
     }
     control.Invalidate();
     return lResult;
@@ -124,10 +127,12 @@ bool IsHotKeyDown(const CControlBase &control, xparam lP3)
     return pKey && pKey->usKey == (unsigned short)control.m_sHotkey && (pKey->lFlags & XKEYF_DOWN);
 }
 
-void Tell(CControlBase &control, xlong lMsg)
+bool Tell(CControlBase &control, xlong lMsg)
 {
+    const CAlive alive(control);
     if (glb->m_pWinCtrl)
         glb->m_pWinCtrl->SendMessageA(lMsg, control.m_lWindowID, control.m_lID, control.m_lMsgSystem, nullptr);
+    return (bool)alive;
 }
 
 bool IsOnKeyColour(const CControlBase &control, xlong lX, xlong lY)

@@ -36,7 +36,8 @@ inline bool IsLeftOnly(xparam lButtons)
 }
 
 /// Sends a message of the control through the manager.
-void Tell(CControlBase &control, xlong lMsg);
+/// @return false when the control has died on the way
+bool Tell(CControlBase &control, xlong lMsg);
 
 /// True when the point lies on a pixel of the key colour of the released
 /// bitmap, or beside that bitmap. Known at 16 and 24 bits.

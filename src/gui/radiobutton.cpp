@@ -1,5 +1,6 @@
 #include "tarvix/radiobutton.h"
 
+#include "gui/alive.h"
 #include "gui/checkparts.h"
 #include "gui/cntrlanim.h"
 #include "gui/press.h"
@@ -18,11 +19,13 @@ void TellGroup(CRadiobutton &radio)
         radio.m_pGroup->GuiMsgHandler(XGUIMSG_RADIOSELECT, radio.m_lWindowID, radio.m_lID, 1, nullptr);
 }
 
-void Select(CRadiobutton &radio)
+// @return false when the radio button has died on the way
+bool Select(CRadiobutton &radio)
 {
+    const CAlive alive(radio);
     radio.m_lNextState = XGUI_CHECKED;
     TellGroup(radio);
-    Tell(radio, XGUIMSG_CHECKED);
+    return alive && Tell(radio, XGUIMSG_CHECKED);
 }
 } // namespace
 
@@ -74,15 +77,15 @@ xlong CRadiobutton::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, 
     case XGUIMSG_UNCHECKED:
         m_lNextState = XGUI_UNCHECKED;
         m_bClickDone = 0;
-        Tell(*this, XGUIMSG_UNCHECKED);
-        Invalidate();
+        if (Tell(*this, XGUIMSG_UNCHECKED))
+            Invalidate();
         return 1;
     case XGUIMSG_KEY:
         if (!IsHotKeyDown(*this, lP3))
             return 0;
-        Select(*this);
         // The mouse message that would show it can end at another radio button.
-        Invalidate();
+        if (Select(*this))
+            Invalidate();
         return 1;
     case XGUIMSG_MOUSE:
         break;
@@ -94,8 +97,9 @@ xlong CRadiobutton::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, 
     const int nMouse = FollowCheckMouse(PartsOf(*this), lP1, lP2, lP3);
     if (nMouse == CHECK_CLICKED && m_lState == XGUI_UNCHECKED)
     {
-        Select(*this);
         m_bClickDone = 1;
+        if (!Select(*this))
+            return 1;
     }
     Invalidate();
     return nMouse != CHECK_PASSED && nMouse != CHECK_ARMED;

@@ -1,5 +1,6 @@
 #include "tarvix/titlebar.h"
 
+#include "gui/alive.h"
 #include "gui/create.h"
 #include "gui/press.h"
 #include "tarvix/button.h"
@@ -173,7 +174,11 @@ xlong CTitlebar::MouseMessage(xlong lX, xlong lY, xparam lP3)
     const bool bHeld = IsLeftOnly(lP3);
     bool bInside = IsInside(m_rMouseArea, lX, lY);
     xlong lResult = 0;
-    if (m_pClose && m_pClose->GuiMsgHandler(XGUIMSG_MOUSE, lX, lY, lP3, nullptr) == 1)
+    const CAlive alive(*this);
+    const xlong lClose = m_pClose ? m_pClose->GuiMsgHandler(XGUIMSG_MOUSE, lX, lY, lP3, nullptr) : 0;
+    if (!alive)
+        return 1;
+    if (lClose == 1)
     {
         m_lPressMode = PRESS_IDLE;
         lResult = 1;
@@ -194,8 +199,8 @@ xlong CTitlebar::MouseMessage(xlong lX, xlong lY, xparam lP3)
                 m_lNextState = XGUI_PRESSED;
                 return DragStep(lX, lY);
             }
-            EndDrag();
-            Invalidate();
+            if (EndDrag())
+                Invalidate();
             return 1;
         }
     }
@@ -209,33 +214,39 @@ xlong CTitlebar::MouseMessage(xlong lX, xlong lY, xparam lP3)
         }
         if (!bHeld)
         {
-            if (m_lPressMode != PRESS_IDLE)
-                EndDrag();
+            const xlong lPressMode = m_lPressMode;
             m_lPressMode = PRESS_IDLE;
+            if (lPressMode != PRESS_IDLE && !EndDrag())
+                return 1;
         }
     }
     Invalidate();
     return lResult;
 }
 
-void CTitlebar::EndDrag()
+// @return false when the title bar has died on the way
+bool CTitlebar::EndDrag()
 {
+    const CAlive alive(*this);
     if (m_lState == XGUI_PRESSED)
         m_lNextState = IsWindowInactive(*this) ? XGUI_RELEASED : XGUI_HIGHLIGHT;
     if (m_pWindow)
         m_pWindow->GuiMsgHandler(XGUIMSG_DRAGEND, 0, 0, 0, nullptr);
     if (glb->m_pWinCtrl)
         glb->m_pWinCtrl->SendMessageA(XGUIMSG_DRAGEND, m_lWindowID, 0, 0, nullptr);
+    return (bool)alive;
 }
 
 xlong CTitlebar::DragStep(xlong lX, xlong lY)
 {
+    const CAlive alive(*this);
     if (m_pWindow)
         m_pWindow->GuiMsgHandler(XGUIMSG_DRAGBEGIN, lX, lY, 1, nullptr);
     // With a y that is not 0 the message goes to the window once more, and the
     // host hears of a drag only in the first row.
     if (glb->m_pWinCtrl)
         glb->m_pWinCtrl->SendMessageA(XGUIMSG_DRAGBEGIN, m_lWindowID, lX, lY, nullptr);
-    Invalidate();
+    if (alive)
+        Invalidate();
     return 1;
 }

@@ -1,5 +1,6 @@
 #include "tarvix/url.h"
 
+#include "gui/alive.h"
 #include "gui/press.h"
 #include "tarvix/error.h"
 #include "tarvix/strings.h"
@@ -59,7 +60,10 @@ xlong CURL::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, void *pD
     const bool bOpaque = !IsSeeThroughButton(*this, CNTRL_TRANSPARENT | CNTRL_HASBITMAP | CNTRL_BMTRANS) ||
                          lMsg != XGUIMSG_MOUSE || !IsOnKeyColour(*this, lP1, lP2);
     const xlong lOldState = m_lState;
+    const CAlive alive(*this);
     const xlong lResult = CButton::GuiMsgHandler(lMsg, lP1, lP2, lP3, pData);
+    if (!alive)
+        return lResult;
     const bool bByKey = lMsg == XGUIMSG_KEY && lOldState == XGUI_PRESSED && m_lNextState == XGUI_RELEASED;
     const bool bByMouse = lMsg == XGUIMSG_MOUSE && bOpaque && lOldState == XGUI_PRESSED && m_lState == XGUI_HIGHLIGHT;
     // A pressed link that the pointer leaves is highlighted too, but not clicked.

@@ -3,6 +3,7 @@
 #include "core/invariant.h"
 #include "core/msgsys.h"
 #include "core/walk.h"
+#include "gui/alive.h"
 #include "gui/look.h"
 #include "input/paste.h"
 #include "screens/screenhooks.h"
@@ -76,6 +77,14 @@ CWindowBase *Current(CLList &windows)
 {
     const TWinEntry *const pEntry = (TWinEntry *)windows.Get();
     return pEntry ? pEntry->pWindow : nullptr;
+}
+
+bool IsIn(const CLList &windows, const CWindowBase &window)
+{
+    for (const TWinEntry *pEntry : Each<TWinEntry>(windows))
+        if (pEntry->pWindow == &window)
+            return true;
+    return false;
 }
 
 bool IsClick(signed char cButtons)
@@ -253,10 +262,16 @@ xlong CWinCtrl::RemoveWindow(xlong lID)
 
 xlong CWinCtrl::TakeWindow(CWindowBase *pWindow)
 {
-    for (m_Windows.First(); m_Windows.Exists(); m_Windows.Next())
+    xlong lResult = 0;
+    for (m_Windows.First(); m_Windows.Exists();)
         if (Current(m_Windows) == pWindow)
-            return RemoveCurrent();
-    return 0;
+        {
+            lResult = RemoveCurrent();
+            m_Windows.First();
+        }
+        else
+            m_Windows.Next();
+    return lResult;
 }
 
 xlong CWinCtrl::RemoveAll()
@@ -452,9 +467,10 @@ void CWinCtrl::MouseStep()
     CWindowBase *const pFront = Current(m_Windows);
     if ((pFront->m_lFlags & XWIN_MODAL) && !IsHidden(*pFront))
     {
+        const CAlive alive(*pFront);
         pFront->GuiMsgHandler(XGUIMSG_MOUSE, lX, lY, cButtons, nullptr);
         // A callback may have taken it out.
-        const bool bStillThere = m_Windows.First() && Current(m_Windows) == pFront;
+        const bool bStillThere = alive && m_Windows.First() && Current(m_Windows) == pFront;
         ShowCursorOf(bStillThere ? pFront->m_pMouseCntrl : nullptr, m_ulCursorDefault);
         return;
     }
@@ -474,10 +490,11 @@ bool CWinCtrl::OfferMouse(xlong lX, xlong lY, signed char cButtons)
     {
         ++lIndex;
         CWindowBase *const pWindow = pEntry->pWindow;
+        const CAlive alive(*pWindow);
         if (IsHidden(*pWindow) || pWindow->GuiMsgHandler(XGUIMSG_MOUSE, lX, lY, cButtons, nullptr) != 1)
             continue;
         // Its callback may have taken the window out.
-        if (!m_Windows.IsItemInList(pEntry))
+        if (!alive || !IsIn(m_Windows, *pWindow))
             return IsClick(cButtons);
         if (pWindow->m_pMouseCntrl && !glb->m_pMouse->SetCursorCalled())
             ShowCursorOf(pWindow->m_pMouseCntrl, m_ulCursorDefault);
@@ -498,9 +515,10 @@ xlong CWinCtrl::KeyStep()
     if (!glb->m_pKeyboard->GetNext(&key) || !m_Windows.First())
         return 0;
     CWindowBase *const pFront = Current(m_Windows);
+    const CAlive alive(*pFront);
     if (!IsHidden(*pFront) && pFront->m_bActive)
         pFront->GuiMsgHandler(XGUIMSG_KEY, 0, 0, (xparam)&key, nullptr);
-    if (!m_Windows.First())
+    if (!alive || !m_Windows.First())
         return 1;
     // Without a focus in front, the windows that listen all the time hear it too.
     if (Current(m_Windows) != pFront || pFront->m_pFocus)

@@ -1,6 +1,7 @@
 #include "tarvix/window.h"
 
 #include "core/walk.h"
+#include "gui/alive.h"
 #include "gui/press.h"
 #include "tarvix/button.h"
 #include "tarvix/control.h"
@@ -55,7 +56,7 @@ void DrawPieces(CControlBase &control, xlong lX, xlong lY, xlong lPage)
 
 CWindowBase::CWindowBase()
     : m_lWidth(0), m_lHeight(0), m_lID(0), m_lFlags(0), m_lDragX(0), m_lDragY(0), m_lReserved(0), m_bStaticCntrls(0),
-      m_lX(0), m_lY(0), m_bActive(0), m_pFocus(nullptr), m_pMouseCntrl(nullptr)
+      m_lX(0), m_lY(0), m_bActive(0), m_pFocus(nullptr), m_pMouseCntrl(nullptr), m_pFirstLinked(nullptr)
 {
 }
 
@@ -83,9 +84,12 @@ xlong CWindowBase::HideWindow()
 
 CWindowBase::~CWindowBase()
 {
+    CAlive::OnDeath(*this);
     if (glb && glb->m_pWinCtrl)
         glb->m_pWinCtrl->TakeWindow(this);
     CWindowBase::Destroy();
+    while (m_pFirstLinked)
+        LoseParent(*m_pFirstLinked);
 }
 
 CTitlebar *CWindowBase::Titlebar()
@@ -232,7 +236,8 @@ xlong CWindowBase::RemoveCntrl(CControlBase *pCntrl)
         m_pFocus = nullptr;
     if (m_pMouseCntrl == pCntrl)
         m_pMouseCntrl = nullptr;
-    if (!m_Cntrls.ItemExists(pCntrl))
+    // Many are taken out in the order in which they came, or against it.
+    if (!(m_Cntrls.Last() && m_Cntrls.Get() == pCntrl) && !m_Cntrls.ItemExists(pCntrl))
         return 0;
     const xlong lResult = m_Cntrls.Delete();
     LoseParent(*pCntrl);
@@ -333,12 +338,15 @@ void CWindowBase::UpdateArea()
 xlong CWindowBase::KeyMessage(xlong lP1, xlong lP2, xparam lP3, void *pData)
 {
     const TQueueChar *const pKey = (const TQueueChar *)lP3;
+    const CAlive alive(*this);
     if (CControlBase *pTitlebar = m_lFlags & XWIN_TITLEBAR ? Titlebar() : nullptr)
         pTitlebar->GuiMsgHandler(XGUIMSG_KEY, lP1, lP2, lP3, pData);
-    if (m_bStaticCntrls || !pKey)
+    if (!alive || m_bStaticCntrls || !pKey)
         return 1;
     if (pKey->usKey == XKEY_TAB && (pKey->lFlags & XKEYF_DOWN) && m_Cntrls.GetNumNodes())
         TabToNext(lP1, lP2, lP3, pData);
+    if (!alive)
+        return 1;
 
     const xlong lFocusFlags = m_pFocus ? m_pFocus->GetFlags() : 0;
     if ((lFocusFlags & CNTRL_TABSTOP) && (pKey->usKey != XKEY_ENTER || (lFocusFlags & CNTRL_MULTILINE)))
@@ -363,27 +371,35 @@ void CWindowBase::TabToNext(xlong lP1, xlong lP2, xparam lP3, void *pData)
             pFirst = pCntrl;
         if (bPassed && bStop)
         {
+            const CAlive alive(*this), cntrlAlive(*pCntrl);
             pCntrl->GuiMsgHandler(XGUIMSG_KEY, lP1, lP2, lP3, pData);
-            SetFocus(pCntrl);
+            if (alive && cntrlAlive && pCntrl->m_pWindow == this)
+                SetFocus(pCntrl);
             return;
         }
         if (pCntrl == pOld)
             bPassed = true;
     }
     // Behind the last one, or without a focus, it starts with the first.
+    const CAlive alive(*this), firstAlive(pFirst);
     if (bPassed)
         pOld->GuiMsgHandler(XGUIMSG_FOCUS, 0, 0, 0, nullptr);
+    if (!alive)
+        return;
     m_pFocus = nullptr;
-    if (pFirst)
+    if (firstAlive)
         SetFocus(pFirst);
 }
 
 xlong CWindowBase::MouseMessage(xlong lX, xlong lY, xparam lP3, void *pData)
 {
     xlong lResult = 0;
+    const CAlive alive(*this);
     CControlBase *const pTitlebar = m_lFlags & XWIN_TITLEBAR ? Titlebar() : nullptr;
     if (pTitlebar && pTitlebar->GuiMsgHandler(XGUIMSG_MOUSE, lX - m_lX, lY - m_lY, lP3, pData) == 1)
         lResult = 1;
+    if (!alive)
+        return 1;
     if (m_lFlags & XWIN_DRAGGING)
         return DragTo(lX, lY) || lResult;
     CControlBase *const pFrame = m_lFlags & XWIN_FRAME ? Frame() : nullptr;
@@ -397,12 +413,16 @@ xlong CWindowBase::MouseMessage(xlong lX, xlong lY, xparam lP3, void *pData)
     CRect rcArea;
     for (CListWalk walk(m_Cntrls, true); CControlBase *pCntrl = walk.Next<CControlBase>();)
     {
+        const CAlive cntrlAlive(*pCntrl);
         pCntrl->GetMouseArea(&rcArea);
         const xlong lAnswer = pCntrl->GuiMsgHandler(XGUIMSG_MOUSE, lX, lY, lP3, pData);
+        if (!alive)
+            return 1;
         if (!lAnswer)
             continue;
         lResult = 1;
-        if (!m_pMouseCntrl && IsInside(rcArea, lX, lY))
+        // In its own callback it may have left, or died.
+        if (!m_pMouseCntrl && IsInside(rcArea, lX, lY) && cntrlAlive && pCntrl->m_pWindow == this)
             m_pMouseCntrl = pCntrl;
         if (lAnswer == 2)
             break;
@@ -473,7 +493,7 @@ xlong CWindow::Draw(xlong lPage)
         DrawPieces(*m_pFrame, m_lX, m_lY, lPage);
     if ((m_lFlags & XWIN_TITLEBAR) && m_pTitlebar)
         DrawPieces(*m_pTitlebar, m_lX, m_lY, lPage);
-    for (CControlBase *pCntrl : Each<CControlBase>(m_Cntrls))
+    for (CListWalk walk(m_Cntrls); CControlBase *pCntrl = walk.Next<CControlBase>();)
         DrawPieces(*pCntrl, m_lX, m_lY, lPage);
     return 1;
 }

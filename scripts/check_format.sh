@@ -2,4 +2,4 @@
 # Every source is laid out as .clang-format says.
 set -eu
 cd "$(dirname "$0")/.."
-git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
+git ls-files '*.cpp' '*.h' '*.inl' | xargs clang-format --dry-run --Werror

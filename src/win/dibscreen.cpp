@@ -115,11 +115,6 @@ void DropPalette(CDibScreen &screen)
     screen.m_pDibPal = nullptr;
 }
 
-xlong SizeOrDefault(xlong lSize, xlong lDefault)
-{
-    return (xulong)lSize > 0xfffffffd ? lDefault : lSize;
-}
-
 // The frame buffer seen as a bitmap, for as long as it is locked.
 class TFrameView : public CBitmap
 {
@@ -688,16 +683,14 @@ void CDibScreen::DrawBitmapToScreenInternal(CBitmap *pBitmap, xlong lSourceX, xl
     lWidth = SizeOrDefault(lWidth, pBitmap->m_lWidth);
     lHeight = SizeOrDefault(lHeight, pBitmap->m_lHeight);
     const SVmode &mode = *m_pMode;
-    if (mode.lDepth == 8 && pBitmap->m_lDepth == 24)
-    {
-        // A bitmap does not search the palette on its own; a screen does.
-        if (pBitmap->m_pData)
-            Convert24To8(pBitmap->m_pData, pBitmap->m_lPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(*pBitmap),
-                         &pBitmap->m_rcClip, lTransparent, pBits, mode.lRowBytes, lX, lY, &m_Palette, &m_rcClip);
-    }
-    else
-        CopyArea({ pBits, mode.lRowBytes, mode.lDepth, FormatOf(mode), &m_rcClip }, *pBitmap, lSourceX, lSourceY, lX,
-                 lY, lWidth, lHeight, lTransparent, 0);
+    const TPixelBlock source = BlockOf(*pBitmap);
+    const TPixelBlock target = { pBits, mode.lRowBytes, mode.lDepth, FormatOf(mode), &m_Palette, &m_rcClip };
+    const TCopy copy = { lSourceX, lSourceY, lX, lY, lWidth, lHeight, lTransparent, 0 };
+    // A bitmap does not search the palette on its own; a screen does.
+    if (target.lDepth != 8 || source.lDepth != 24)
+        CopyArea(source, target, copy);
+    else if (source.pData)
+        Convert24To8(source, target, copy);
     ReleaseScreenBuffer();
 }
 

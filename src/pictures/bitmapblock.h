@@ -23,6 +23,14 @@ inline TPixelBlock BlockOf(const CBitmapBase &bitmap)
     return { bitmap.m_pData, bitmap.m_lPitch, bitmap.m_lDepth, FormatOf(bitmap), bitmap.m_pPalette, &bitmap.m_rcClip };
 }
 
+inline void ClipToAll(CBitmapBase &bitmap)
+{
+    bitmap.m_rcClip.SetXYWH(0, 0, bitmap.m_lWidth, bitmap.m_lHeight);
+}
+
+/// @return a palette that equals it, for the caller to delete; null without memory
+CPalette *NewClone(const CPalette &palette);
+
 /// The width or height that a drawing call means: -1 and -2 stand for the bitmap's.
 inline xlong SizeOrDefault(xlong lSize, xlong lDefault)
 {

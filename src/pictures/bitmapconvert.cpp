@@ -33,23 +33,6 @@ bool HasRows(const CBitmapBase &bitmap, xlong lBytesPerPixel)
     return bitmap.m_pData && bitmap.m_lPitch >= (int64_t)bitmap.m_lWidth * lBytesPerPixel;
 }
 
-void ResetClip(CBitmapBase &bitmap)
-{
-    bitmap.m_rcClip.SetXYWH(0, 0, bitmap.m_lWidth, bitmap.m_lHeight);
-    bitmap.m_bOnSurface = 0;
-}
-
-CPalette *NewClone(const CPalette *pPalette)
-{
-    CPalette *pClone = XNEW(CPalette);
-    if (pClone && !pClone->Clone(pPalette))
-    {
-        XDELETE(pClone);
-        return nullptr;
-    }
-    return pClone;
-}
-
 // The whole of a bitmap and the block, both with the bitmap's clip.
 TCopy WholeOf(const CBitmapBase &bitmap, xlong lDither)
 {
@@ -117,9 +100,21 @@ bool ConvertTo8(CBitmapBase &bitmap, TBlock &block, const CPalette *pPalette, xl
 }
 } // namespace
 
+CPalette *NewClone(const CPalette &palette)
+{
+    CPalette *pClone = XNEW(CPalette);
+    if (pClone && !pClone->Clone(&palette))
+    {
+        XDELETE(pClone);
+        return nullptr;
+    }
+    return pClone;
+}
+
 xlong CBitmap::ConvertIndex(xlong lWidth, xlong lHeight, xlong lDepth, const CPalette *pPalette, xlong lFlags)
 {
-    ResetClip(*this);
+    ClipToAll(*this);
+    m_bOnSurface = 0;
     if (m_lDepth == 8 && (!m_pPalette || !pPalette || !HasRows(*this, 1)))
         return 0;
     const bool bSame =
@@ -127,7 +122,7 @@ xlong CBitmap::ConvertIndex(xlong lWidth, xlong lHeight, xlong lDepth, const CPa
     CPalette *pClone = nullptr;
     if (pPalette)
     {
-        pClone = NewClone(pPalette);
+        pClone = NewClone(*pPalette);
         if (!pClone)
             return 0;
     }
@@ -168,7 +163,8 @@ xlong CBitmap::ConvertIndex(xlong lWidth, xlong lHeight, xlong lDepth, const CPa
 xlong CBitmap::ConvertRGB(xlong lWidth, xlong lHeight, xlong lDepth, xlong lRedBits, xlong lGreenBits, xlong lBlueBits,
                           xlong lRedShift, xlong lGreenShift, xlong lBlueShift, xlong lFlags)
 {
-    ResetClip(*this);
+    ClipToAll(*this);
+    m_bOnSurface = 0;
     const xlong lBytesPerPixel = BytesPerPixel(lDepth);
     const TPixelFormat fmt = { lRedBits, lGreenBits, lBlueBits, lRedShift, lGreenShift, lBlueShift };
     if (m_lBytesPerPixel == lBytesPerPixel && m_lDepth == lDepth && FormatOf(*this) == fmt)
@@ -189,12 +185,7 @@ xlong CBitmap::ConvertRGB(xlong lWidth, xlong lHeight, xlong lDepth, xlong lRedB
     m_lPitch = block.lPitch;
     m_lBytesPerPixel = lBytesPerPixel;
     m_lDepth = lDepth;
-    m_lRedBits = lRedBits;
-    m_lGreenBits = lGreenBits;
-    m_lBlueBits = lBlueBits;
-    m_lRedShift = lRedShift;
-    m_lGreenShift = lGreenShift;
-    m_lBlueShift = lBlueShift;
+    SetFormat(*this, fmt);
     m_bChanged = 1;
     return 1;
 }

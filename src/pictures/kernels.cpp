@@ -26,27 +26,85 @@ void LoadDataTurn()
         glb->m_pfnLoadData();
 }
 
+// One axis of the clipping.
+struct TSpan
+{
+    bool ClipTo(int64_t llFirst, int64_t llLast, int64_t &llFrom, int64_t &llTo) const
+    {
+        // llFrom is limited to the span, and llTo goes along.
+        if (llFrom + llCount - 1 < llFirst || llFrom > llLast)
+            return false;
+        if (llFrom < llFirst)
+        {
+            llTo += llFirst - llFrom;
+            llFrom = llFirst;
+        }
+        return true;
+    }
+
+    bool Clip(xlong lSourceFirst, xlong lSourceLast, xlong lTargetFirst, xlong lTargetLast)
+    {
+        // Most areas lie inside both.
+        if (llCount > 0 && llSource >= lSourceFirst && llSource + llCount - 1 <= lSourceLast &&
+            llTarget >= lTargetFirst && llTarget + llCount - 1 <= lTargetLast)
+            return true;
+        const int64_t llSourceEnd = llSource + llCount - 1;
+        if (!ClipTo(lSourceFirst, lSourceLast, llSource, llTarget))
+            return false;
+        llCount = std::min(llSourceEnd, (int64_t)lSourceLast) - llSource + 1;
+        const int64_t llTargetEnd = llTarget + llCount - 1;
+        if (!ClipTo(lTargetFirst, lTargetLast, llTarget, llSource))
+            return false;
+        llCount = std::min(llTargetEnd, (int64_t)lTargetLast) - llTarget + 1;
+        return llCount > 0;
+    }
+
+    int64_t llSource;
+    int64_t llTarget;
+    int64_t llCount;
+};
+
+[[maybe_unused]] bool Holds(const CRect &rc, int64_t llX, int64_t llY, int64_t llWidth, int64_t llHeight)
+{
+    return llWidth > 0 && llHeight > 0 && llX >= rc.m_lLeft && llY >= rc.m_lTop && llX + llWidth - 1 <= rc.m_lRight &&
+           llY + llHeight - 1 <= rc.m_lBottom;
+}
+
+// Both axes. Inline, since a sprite's row costs no more than a call.
+__attribute__((always_inline)) inline bool ClipSpans(TSpan &x, TSpan &y, const CRect &rcSource, const CRect &rcTarget)
+{
+    if (!x.Clip(rcSource.m_lLeft, rcSource.m_lRight, rcTarget.m_lLeft, rcTarget.m_lRight) ||
+        !y.Clip(rcSource.m_lTop, rcSource.m_lBottom, rcTarget.m_lTop, rcTarget.m_lBottom))
+        return false;
+    TARVIX_INVARIANT(Holds(rcSource, x.llSource, y.llSource, x.llCount, y.llCount));
+    TARVIX_INVARIANT(Holds(rcTarget, x.llTarget, y.llTarget, x.llCount, y.llCount));
+    return true;
+}
+
 // The rows of both blocks after clipping.
 struct TArea : TRows
 {
     // @return whether anything is left
+    template <int FROM, int TO>
     bool Clip(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
     {
-        xlong lSourceX = copy.lSourceX, lSourceY = copy.lSourceY, lTargetX = copy.lTargetX, lTargetY = copy.lTargetY;
-        lWidth = copy.lWidth;
-        lHeight = copy.lHeight;
-        if (!ClipAreas(&lSourceX, &lSourceY, &lWidth, &lHeight, source.pClip, &lTargetX, &lTargetY, target.pClip))
+        TSpan x = { copy.lSourceX, copy.lTargetX, copy.lWidth }, y = { copy.lSourceY, copy.lTargetY, copy.lHeight };
+        if (!ClipSpans(x, y, *source.pClip, *target.pClip))
             return false;
+        lWidth = (xlong)x.llCount;
+        lHeight = (xlong)y.llCount;
         lSourcePitch = source.lPitch;
         lTargetPitch = target.lPitch;
-        pSource = At(source, lSourceX, lSourceY);
-        pTarget = At(target, lTargetX, lTargetY);
+        TARVIX_INVARIANT(source.lDepth == FROM * 8 && target.lDepth == TO * 8);
+        pSource = At<FROM>(source, x.llSource, y.llSource);
+        pTarget = At<TO>(target, x.llTarget, y.llTarget);
         return true;
     }
 
-    static unsigned char *At(const TPixelBlock &block, xlong lX, xlong lY)
+    template <int BYTES>
+    static unsigned char *At(const TPixelBlock &block, int64_t llX, int64_t llY)
     {
-        return block.pData + (ptrdiff_t)lY * block.lPitch + (ptrdiff_t)lX * (block.lDepth >> 3);
+        return block.pData + (ptrdiff_t)llY * block.lPitch + (ptrdiff_t)llX * BYTES;
     }
 
     // Whether a table of all 256 colours pays for itself.
@@ -111,7 +169,9 @@ void CopyRows(TRows &area, xlong lBytes)
     // A call for each of a sprite's rows would cost more than the row.
     const bool bShort = ulBytes >= 16 && ulBytes <= 256;
     area.lWidth = (xlong)ulBytes;
-    RunRows(area, ROW_BYTES, 0, bShort, TRowCall());
+    TRowCall call; // of which this kind uses nothing
+    call.pusMap = nullptr;
+    RunRows(area, ROW_BYTES, 0, bShort, call);
 }
 
 void RunSame(TArea &area, TRowKind kind, xlong lBytes, xlong lTransparent, const TPixelBlock &source)
@@ -205,58 +265,13 @@ const unsigned char *ColourCube(const CPalette &palette)
     }
     return glb->m_pColourIndexMap;
 }
-
-// One axis of the clipping.
-struct TSpan
-{
-    bool ClipTo(int64_t llFirst, int64_t llLast, int64_t &llFrom, int64_t &llTo) const
-    {
-        // llFrom is limited to the span, and llTo goes along.
-        if (llFrom + llCount - 1 < llFirst || llFrom > llLast)
-            return false;
-        if (llFrom < llFirst)
-        {
-            llTo += llFirst - llFrom;
-            llFrom = llFirst;
-        }
-        return true;
-    }
-
-    bool Clip(xlong lSourceFirst, xlong lSourceLast, xlong lTargetFirst, xlong lTargetLast)
-    {
-        // Most areas lie inside both.
-        if (llCount > 0 && llSource >= lSourceFirst && llSource + llCount - 1 <= lSourceLast &&
-            llTarget >= lTargetFirst && llTarget + llCount - 1 <= lTargetLast)
-            return true;
-        const int64_t llSourceEnd = llSource + llCount - 1;
-        if (!ClipTo(lSourceFirst, lSourceLast, llSource, llTarget))
-            return false;
-        llCount = std::min(llSourceEnd, (int64_t)lSourceLast) - llSource + 1;
-        const int64_t llTargetEnd = llTarget + llCount - 1;
-        if (!ClipTo(lTargetFirst, lTargetLast, llTarget, llSource))
-            return false;
-        llCount = std::min(llTargetEnd, (int64_t)lTargetLast) - llTarget + 1;
-        return llCount > 0;
-    }
-
-    int64_t llSource;
-    int64_t llTarget;
-    int64_t llCount;
-};
-
-[[maybe_unused]] bool Holds(const CRect &rc, xlong lX, xlong lY, xlong lWidth, xlong lHeight)
-{
-    return lWidth > 0 && lHeight > 0 && lX >= rc.m_lLeft && lY >= rc.m_lTop && lWidth - 1 <= rc.m_lRight - lX &&
-           lHeight - 1 <= rc.m_lBottom - lY;
-}
 } // namespace
 
 xlong ClipAreas(xlong *plSourceX, xlong *plSourceY, xlong *plWidth, xlong *plHeight, const CRect *pSourceClip,
                 xlong *plTargetX, xlong *plTargetY, const CRect *pTargetClip)
 {
     TSpan x = { *plSourceX, *plTargetX, *plWidth }, y = { *plSourceY, *plTargetY, *plHeight };
-    if (!x.Clip(pSourceClip->m_lLeft, pSourceClip->m_lRight, pTargetClip->m_lLeft, pTargetClip->m_lRight) ||
-        !y.Clip(pSourceClip->m_lTop, pSourceClip->m_lBottom, pTargetClip->m_lTop, pTargetClip->m_lBottom))
+    if (!ClipSpans(x, y, *pSourceClip, *pTargetClip))
         return 0;
     *plSourceX = (xlong)x.llSource;
     *plTargetX = (xlong)x.llTarget;
@@ -264,15 +279,13 @@ xlong ClipAreas(xlong *plSourceX, xlong *plSourceY, xlong *plWidth, xlong *plHei
     *plSourceY = (xlong)y.llSource;
     *plTargetY = (xlong)y.llTarget;
     *plHeight = (xlong)y.llCount;
-    TARVIX_INVARIANT(Holds(*pSourceClip, *plSourceX, *plSourceY, *plWidth, *plHeight));
-    TARVIX_INVARIANT(Holds(*pTargetClip, *plTargetX, *plTargetY, *plWidth, *plHeight));
     return 1;
 }
 
 xlong Convert8To8(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!area.Clip(source, target, copy))
+    if (!area.Clip<1, 1>(source, target, copy))
         return 0;
     RunSame(area, ROW_SAME8, 1, copy.lTransparent, source);
     return 1;
@@ -281,7 +294,7 @@ xlong Convert8To8(const TPixelBlock &source, const TPixelBlock &target, const TC
 xlong Convert8To16(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!source.pPalette || !area.Clip(source, target, copy))
+    if (!source.pPalette || !area.Clip<1, 2>(source, target, copy))
         return 0;
     TRowCall call = { .target16 = TFormat16(target.format), .pColours = source.pPalette->m_Colors };
     SetKey(call, source, 1);
@@ -299,7 +312,7 @@ xlong Convert8To16(const TPixelBlock &source, const TPixelBlock &target, const T
 xlong Convert8To24(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!source.pPalette || !area.Clip(source, target, copy))
+    if (!source.pPalette || !area.Clip<1, 3>(source, target, copy))
         return 0;
     TRowCall call = { .target24 = TFormat24(target.format), .pColours = source.pPalette->m_Colors };
     SetKey(call, source, 1);
@@ -310,7 +323,7 @@ xlong Convert8To24(const TPixelBlock &source, const TPixelBlock &target, const T
 xlong Convert16To16(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!area.Clip(source, target, copy))
+    if (!area.Clip<2, 2>(source, target, copy))
         return 0;
     if (source.format == target.format)
     {
@@ -330,7 +343,7 @@ xlong Convert16To16(const TPixelBlock &source, const TPixelBlock &target, const 
 xlong Convert16To24(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!area.Clip(source, target, copy))
+    if (!area.Clip<2, 3>(source, target, copy))
         return 0;
     TRowCall call = { .source16 = TFormat16(source.format), .target24 = TFormat24(target.format) };
     SetKey(call, source, 2);
@@ -341,7 +354,7 @@ xlong Convert16To24(const TPixelBlock &source, const TPixelBlock &target, const 
 xlong Convert24To24(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!area.Clip(source, target, copy))
+    if (!area.Clip<3, 3>(source, target, copy))
         return 0;
     if (source.format == target.format)
     {
@@ -357,7 +370,7 @@ xlong Convert24To24(const TPixelBlock &source, const TPixelBlock &target, const 
 xlong Convert24To16(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!area.Clip(source, target, copy))
+    if (!area.Clip<3, 2>(source, target, copy))
         return 0;
     TRowCall call = { .target16 = TFormat16(target.format), .source24 = TFormat24(source.format) };
     SetKey(call, source, 3);
@@ -368,7 +381,7 @@ xlong Convert24To16(const TPixelBlock &source, const TPixelBlock &target, const 
 xlong Convert24To8(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!target.pPalette || !area.Clip(source, target, copy))
+    if (!target.pPalette || !area.Clip<3, 1>(source, target, copy))
         return 0;
     CPaletteSearch search(*target.pPalette);
     const TFormat24 from(source.format);
@@ -392,7 +405,7 @@ xlong Convert24To8(const TPixelBlock &source, const TPixelBlock &target, const T
 xlong Convert16To8(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!target.pPalette || !area.Clip(source, target, copy))
+    if (!target.pPalette || !area.Clip<2, 1>(source, target, copy))
         return 0;
     const unsigned char *pCube = ColourCube(*target.pPalette);
     if (!pCube)
@@ -408,7 +421,7 @@ xlong Convert16To8(const TPixelBlock &source, const TPixelBlock &target, const T
         return 1;
     }
     // The step of four pixels leaves the row, and must not leave the block.
-    const unsigned char *pEnd = TArea::At(source, source.pClip->m_lRight + 1, source.pClip->m_lBottom);
+    const unsigned char *pEnd = TArea::At<2>(source, source.pClip->m_lRight + 1, source.pClip->m_lBottom);
     ForEachRow(area,
                [&](const unsigned char *pFrom, unsigned char *pTo)
                {
@@ -431,7 +444,7 @@ xlong KeepKeyNone(const TPixelBlock &source, const TPixelBlock &target, const TC
 xlong KeepKey16(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!area.Clip(source, target, copy))
+    if (!area.Clip<3, 2>(source, target, copy))
         return 0;
     const TFormat16 to(target.format);
     TRGBA key;
@@ -449,7 +462,7 @@ xlong KeepKey16(const TPixelBlock &source, const TPixelBlock &target, const TCop
 xlong KeepKey8(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!target.pPalette || !area.Clip(source, target, copy))
+    if (!target.pPalette || !area.Clip<3, 1>(source, target, copy))
         return 0;
     TRGBA key;
     TFormat24(source.format).Get(source.pData, key);
@@ -468,25 +481,38 @@ xlong KeepKey8(const TPixelBlock &source, const TPixelBlock &target, const TCopy
     return 1;
 }
 
+namespace
+{
+// By the bytes of a pixel, from and to.
+const TKernelPair s_aPairs[4][4] = {
+    {},
+    { {},
+      { Convert8To8, KeepKeyNone, true },
+      { Convert8To16, KeepKeyNone, true },
+      { Convert8To24, KeepKeyNone, true } },
+    { {},
+      { Convert16To8, KeepKeyNone, false },
+      { Convert16To16, KeepKeyNone, true },
+      { Convert16To24, KeepKeyNone, true } },
+    { {}, { Convert24To8, KeepKey8, false }, { Convert24To16, KeepKey16, true }, { Convert24To24, KeepKeyNone, true } },
+};
+
+// A depth can be any number that a file holds.
+inline const TKernelPair &PairOf(xlong lFrom, xlong lTo)
+{
+    return (lFrom | lTo) & ~24 ? s_aPairs[0][0] : s_aPairs[(xulong)lFrom >> 3][(xulong)lTo >> 3];
+}
+} // namespace
+
 const TKernelPair *FindKernels(xlong lFrom, xlong lTo)
 {
-    // What drawing needs most comes first.
-    static const TKernelPair s_Pairs[] = {
-        { 16, 16, true, Convert16To16, KeepKeyNone }, { 24, 24, true, Convert24To24, KeepKeyNone },
-        { 8, 8, true, Convert8To8, KeepKeyNone },     { 8, 16, true, Convert8To16, KeepKeyNone },
-        { 8, 24, true, Convert8To24, KeepKeyNone },   { 16, 24, true, Convert16To24, KeepKeyNone },
-        { 24, 16, true, Convert24To16, KeepKey16 },   { 24, 8, false, Convert24To8, KeepKey8 },
-        { 16, 8, false, Convert16To8, KeepKeyNone },
-    };
-    for (const TKernelPair &pair : s_Pairs)
-        if (pair.lFrom == lFrom && pair.lTo == lTo)
-            return &pair;
-    return nullptr;
+    const TKernelPair &pair = PairOf(lFrom, lTo);
+    return pair.pfnConvert ? &pair : nullptr;
 }
 
 void CopyArea(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
-    const TKernelPair *pPair = FindKernels(source.lDepth, target.lDepth);
-    if (pPair && pPair->bCopies && source.pData && target.pData)
-        pPair->pfnConvert(source, target, copy);
+    const TKernelPair &pair = PairOf(source.lDepth, target.lDepth);
+    if (pair.bCopies && source.pData && target.pData)
+        pair.pfnConvert(source, target, copy);
 }

@@ -63,14 +63,12 @@ TARVIX_INTERNAL TKernel KeepKey8;
 /// What there is for a pair of depths.
 struct TKernelPair
 {
-    xlong lFrom;
-    xlong lTo;
-    bool bCopies; ///< for copies too; the others are for conversions, which may search
     TKernel *pfnConvert;
     TKernel *pfnKeepKey;
+    bool bCopies; ///< for plain copies too; the others search a palette
 };
 
-/// @return null for a pair without a kernel: a depth can be any number that a file holds
+/// @return null for a pair without a kernel
 const TKernelPair *FindKernels(xlong lFrom, xlong lTo);
 
 /// Copies an area by the depths of both blocks, as far as copies go.

@@ -206,7 +206,11 @@ TEST_F(CJpegTest, HeadersThatAreRefused)
     const std::string strGood = maker.Make();
     const size_t ulFrame = maker.ulFrame, ulScan = maker.ulScan;
     const std::string strTables = strGood.substr(20, ulFrame - 20);
-    const size_t ulCodes = strGood.find("\xff\xc4");
+    const size_t ulCodes = strGood.find("\xff\xc4"), ulLastCount = ulCodes + 4 + 33 + 16;
+    // With one symbol more the last table would begin to eat what stands behind it.
+    std::string strOneMore = strGood.substr(ulLastCount, ulFrame - ulLastCount);
+    ++strOneMore[0];
+    strOneMore += CJpegMaker::Segment('\xfe', "comment");
     const struct
     {
         const char *pszName;
@@ -259,6 +263,7 @@ TEST_F(CJpegTest, HeadersThatAreRefused)
         { "Huffman table 20h", ulCodes + 4, 1, "\x20", 0 },
         { "more codes than there can be", ulCodes + 5, 1, "\3", 0 },
         { "more symbols than the segment", ulCodes + 20, 1, "\xff", 0 },
+        { "one symbol more than the segment", ulLastCount, ulFrame - ulLastCount, strOneMore, 0 },
         { "DC symbol 16", ulCodes + 21, 1, "\x10", 0 },
         { "quantisation table of the number 4", 24, 1, "\4", 0 },
     };

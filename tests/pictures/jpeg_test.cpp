@@ -1,5 +1,6 @@
 #include "tarvix/jpeg.h"
 
+#include "allocations.h"
 #include "core/heap.h"
 #include "core/simd.h"
 #include "pictures/jpegkernels.h"
@@ -345,24 +346,16 @@ TEST_F(CJpegTest, FailedAllocations)
     maker.components = { { 1, 2, 2 }, { 2, 1, 2 }, { 3, 2, 1 } };
     WriteFile(Path("x.jpg"), maker.Make());
     const xlong lUsers = glb->m_lJpegUsers;
-    for (xlong lFail = 1;; ++lFail)
-    {
-        ASSERT_LT(lFail, 60);
-        const size_t ulBlocks = HeapState().ulLiveBlocks;
-        bool bDone;
+    FailEachAllocation(
+        [&](auto arm)
         {
             CBitmap bitmap;
-            HeapFailAt(lFail);
-            const xlong lResult = m_Type.Load("x.jpg", &bitmap, nullptr);
-            bDone = !HeapFailed();
-            HeapFailAt(0);
-            EXPECT_EQ(bDone, lResult == 1) << lFail;
-        }
-        EXPECT_EQ(ulBlocks, HeapState().ulLiveBlocks) << lFail;
-        EXPECT_EQ(lUsers, glb->m_lJpegUsers) << lFail;
-        if (bDone)
-            break;
-    }
+            arm();
+            const bool bOk = m_Type.Load("x.jpg", &bitmap, nullptr) == 1;
+            EXPECT_EQ(HeapFailed(), !bOk);
+            EXPECT_EQ(lUsers, glb->m_lJpegUsers);
+            return bOk;
+        });
     EXPECT_EQ(nullptr, glb->m_pJpegRangeBlock);
 }
 

@@ -248,19 +248,20 @@ void CScreenBase::FillRect(xlong lX, xlong lY, xlong lWidth, xlong lHeight, TRGB
         return;
     const TPixel pixel = MakePixel(*this, color);
     const xulong ulColor = (xulong)(pixel.ucBytes[0] << 16 | pixel.ucBytes[1] << 8 | pixel.ucBytes[2]);
+    const xlong lColumns = area.lWidth; // not to be read again after each row
     unsigned char *pRow = area.pRow;
-    for (xlong y = 0; y < area.lHeight; ++y, pRow += m_pMode->lRowBytes)
+    for (xlong lRows = area.lHeight; lRows; --lRows, pRow += m_pMode->lRowBytes)
     {
         switch (m_pMode->lDepth)
         {
         case 8:
-            memset(pRow, pixel.ucBytes[0], (size_t)area.lWidth);
+            memset(pRow, pixel.ucBytes[0], (size_t)lColumns);
             break;
         case 16:
-            xMemset16(pRow, LoadWord(pixel.ucBytes), (xulong)area.lWidth);
+            xMemset16(pRow, LoadWord(pixel.ucBytes), (xulong)lColumns);
             break;
         case 24:
-            xMemset24(pRow, ulColor, (xulong)area.lWidth);
+            xMemset24(pRow, ulColor, (xulong)lColumns);
             break;
         }
     }
@@ -276,13 +277,14 @@ void CScreenBase::FillRectAlpha(xlong lX, xlong lY, xlong lWidth, xlong lHeight,
     // Of the negative amount the low byte counts: 0 percent points at the
     // table's zeros.
     const unsigned char ucStart = IsClampTableBuilt() ? (unsigned char)-(lPercent * 255 / 100) : 0;
+    const xlong lColumns = area.lWidth;
     unsigned char *pRow = area.pRow;
-    for (xlong y = 0; y < area.lHeight; ++y, pRow += m_pMode->lRowBytes)
+    for (xlong lRows = area.lHeight; lRows; --lRows, pRow += m_pMode->lRowBytes)
     {
         if (lDepth == 16)
-            Darken16(pRow, area.lWidth, lSteps);
+            Darken16(pRow, lColumns, lSteps);
         else
-            Darken24(pRow, (size_t)area.lWidth * 3, ucStart);
+            Darken24(pRow, (size_t)lColumns * 3, ucStart);
     }
 }
 

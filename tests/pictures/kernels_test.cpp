@@ -78,7 +78,7 @@ struct TCase
     TCasePalette palette;
 };
 
-// The clipping, step by step as it is described.
+// The clipping one axis after the other, without thought of overflow.
 bool ModelClip(TCase &c)
 {
     const CRect &s = c.source.rcClip, &t = c.target.rcClip;

@@ -19,9 +19,7 @@
 #include <type_traits>
 #include <utility>
 
-#if defined(__i386__) || defined(__x86_64__)
 #include <immintrin.h>
-#endif
 
 #ifdef TARVIX_PLATFORM_CALLS
 #include "win/win32.h"

@@ -2,6 +2,8 @@
 // of members.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <cstring>
 
@@ -12,6 +14,15 @@ int SlotOf(TOperation operation)
     intptr_t nOffset;
     memcpy(&nOffset, &operation, sizeof nOffset);
     return (int)((nOffset - 1) / (intptr_t)sizeof(void *));
+}
+
+/// Operations that follow each other from a slot on.
+template <class... TOperations>
+void ExpectSlots(int nSlot, TOperations... operations)
+{
+    const int anFound[] = { SlotOf(operations)... };
+    for (int n : anFound)
+        EXPECT_EQ(nSlot++, n);
 }
 
 template <class TObject, class TMember>

@@ -20,7 +20,7 @@ TARVIX_API unsigned short Set16Bit(unsigned short usRedShift, unsigned short usR
 TARVIX_API xlong PreCalcShade();
 /// Builds the table that limits sums of bytes: index b + a gives b + a - 256 within 0 and 255.
 TARVIX_API void PreCalcShade24();
-/// Builds the shadow table.
+/// Builds the shadow table, which maps a colour index to that of its shadow.
 /// @param fFactor  what the channels are divided by, above 0
 TARVIX_API void CalcShadow(float fFactor);
 /// Frees the shade cube and the map of Set16Bit.

@@ -39,6 +39,7 @@ public:
     CBitmapBase &operator=(const CBitmapBase &) = default;
     virtual ~CBitmapBase();
 
+    // What they do is told at CBitmap, the one class that has them.
     virtual xlong CreateIndex(xlong lWidth, xlong lHeight, xlong lDepth, const CPalette *pPalette, xlong lFlags) = 0;
     virtual xlong CreateRGB(xlong lWidth, xlong lHeight, xlong lDepth, xlong lRedBits, xlong lGreenBits,
                             xlong lBlueBits, xlong lRedShift, xlong lGreenShift, xlong lBlueShift, xlong lFlags) = 0;
@@ -54,8 +55,11 @@ public:
                       xlong lWidth, xlong lHeight, xlong lTransparent, xlong lDither, xlong lUnused) = 0;
     virtual xlong BltScale(CBitmapBase *pSource, CRect *pSourceArea, CRect *pTargetArea, xlong lFlags) = 0;
     virtual xlong Free() = 0;
+    /// Before m_pData is written to.
     virtual void LockBitmapData() = 0;
+    /// After it has been written to.
     virtual void ReleaseBitmapData() = 0;
+    /// Before a back end reads m_pData to bring m_pSurface up to date, and after.
     virtual void ScreenLockBitmapData() = 0;
     virtual void ScreenReleaseBitmapData() = 0;
 
@@ -64,11 +68,11 @@ public:
     xlong m_lDepth;         ///< bits per pixel: 8, 16, 24 or 32
     xlong m_lPitch;         ///< bytes from row to row, at no certain alignment
     xlong m_lBytesPerPixel; ///< (depth + 7) / 8
-    xlong m_lRedBits;
+    xlong m_lRedBits;       ///< bits of a channel, 0 where there is none
     xlong m_lGreenBits;
     xlong m_lBlueBits;
     xlong m_lAlphaBits;
-    xlong m_lRedShift;
+    xlong m_lRedShift; ///< place of a channel, as told above
     xlong m_lGreenShift;
     xlong m_lBlueShift;
     xlong m_lAlphaShift;
@@ -113,6 +117,7 @@ public:
     /// Reads a picture file by the type that its extension names.
     /// @return 0 with XERR_PICTURE_FORMAT or the reader's text
     xlong Load(const char *pszFileName, xlong lUnused) override;
+    /// Writes a picture file.
     /// @param pType   null: by the name's extension; 0 without a report if none fits
     /// @param pParameters  handed to the type
     /// @param pArea   handed to the type; null for the whole picture
@@ -148,11 +153,13 @@ public:
     /// Releases pixels and palette; size, format and clip stay.
     /// @return 1
     xlong Free() override;
+    /// Does nothing, the pixels being in memory.
     void LockBitmapData() override;
     /// Marks the bitmap as changed.
     void ReleaseBitmapData() override;
 
 protected:
+    /// Does nothing.
     void ScreenLockBitmapData() override;
     /// Marks the bitmap as copied to its display surface.
     void ScreenReleaseBitmapData() override;
@@ -168,7 +175,7 @@ public:
     /// Reads a pixel; alpha is set at 32 bits only.
     /// @return 1
     xlong GetPixel(xlong lOffset, TRGBA *pColour);
-    /// As above, without a test of the position.
+    /// The same by column and row, without a test of either.
     xlong PutPixel(xlong lX, xlong lY, const TRGBA *pColour);
     xlong GetPixel(xlong lX, xlong lY, TRGBA *pColour);
 };

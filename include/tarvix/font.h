@@ -46,6 +46,7 @@ struct TCharData
     short sWidth;
 };
 
+/// What a walk over a text came to.
 struct TTextInfo
 {
     short sX; ///< pen at the end, as sY
@@ -78,6 +79,9 @@ public:
     /// @param sFlags  not looked at
     /// @return 0 with a text; what was read stays until Free
     xlong Load(const char *pszFile, short sFlags);
+    /// Writes an XBF file.
+    /// @param sFlags  not looked at
+    /// @return 0 without a picture, and for a file that can't be written
     xlong Save(const char *pszFile, short sFlags);
     /// Makes a font of a picture in the screen's format. A line break steps by
     /// sHeight + 2, a blank by 4.
@@ -85,9 +89,11 @@ public:
     /// @param pChars   cells of the codes from sFirst on
     /// @return 1
     xlong SetFont(CBitmap *pBitmap, const TCharData *pChars, short sFirst, short sHeight, short sSpacing);
+    /// Sets what a code means. FONT_NEWLINE also sets the line height.
+    /// @param ucType   FONT_...
     /// @param ucValue  of the code; 255 is refused with 0
     xlong SetBasic(unsigned char ucCode, unsigned char ucType, unsigned char ucValue);
-    /// The value follows the code in the text.
+    /// Sets what a code means whose value follows it in the text.
     xlong SetCtrlCode(unsigned char ucCode, unsigned char ucType);
     /// Prepares the font in a colour, for Text to choose.
     /// @return 1; 0 when it is there already, without a picture and without memory
@@ -105,6 +111,7 @@ public:
     /// The halves of GetTextSize.
     short GetTextWidth(const char *pszText, short sWidth, short sHeight, xlong lFlags);
     short GetTextHeight(const char *pszText, short sWidth, short sHeight, xlong lFlags);
+    /// Measures a text as Text would draw it.
     /// @param sWidth  of the box, -1 for no limit, as sHeight
     /// @return height in the upper 16 bits, width in the lower
     xulong GetTextSize(const char *pszText, short sWidth, short sHeight, xlong lFlags);
@@ -115,9 +122,11 @@ public:
     /// The picture that Text draws a colour with; its first pixel is what stays
     /// transparent. @return null for an empty font
     const CBitmap *PictureOf(const TRGBA *pColor);
+    /// Deletes coloured versions and the pictures that are the font's own.
     /// @return 1
     xlong Free();
 
+    /// A code: its cell in the picture and what it means.
     struct TChar
     {
         short sX;
@@ -128,22 +137,28 @@ public:
     };
 
     short m_sHeight;
-    short m_sSpacing;
-    short m_sLineHeight;
+    short m_sSpacing;         ///< between two glyphs
+    short m_sLineHeight;      ///< step of a line break inside a box
     CBitmap *m_pFontBitmap;   ///< as loaded or given
     CBitmap *m_pScreenBitmap; ///< the same in the screen's format
     TChar m_Chars[CODES];
-    CLList m_listBitmaps;
-    CLList m_listColors; ///< of coloured versions
-    xulong m_ulFlags;    ///< bit 0: the pictures are the font's own
-    CBitmap *m_pCurBitmap;
+    CLList m_listBitmaps;  ///< empty
+    CLList m_listColors;   ///< of coloured versions
+    xulong m_ulFlags;      ///< bit 0: the pictures are the font's own
+    CBitmap *m_pCurBitmap; ///< of the text being drawn
 
 private:
     xlong ReadFile(class CXIFF &file, class CPicType *pType);
     xlong MakeScreenBitmap();
     void WriteText(TTxtData &data, xlong lFlags);
+    bool PassControls(TTxtData &data, xlong lFlags);
+    bool TakeControl(TTxtData &data, unsigned char ucType, xlong lValue, xlong lFlags);
+    bool TakeWord(TTxtData &data, xlong lFlags);
+    xlong MeasureWord(const TTxtData &data, xlong &lEnd) const;
+    void NoteWidth(TTxtData &data, xlong lFlags);
     void DrawWord(const TTxtData &data, xlong lFirst, xlong lEnd, bool bClip);
     void StartLine(TTxtData &data, xlong lFlags);
+    bool NextLine(TTxtData &data, xlong lStep, xlong lStart, xlong lFlags);
     bool CountLine(TTxtData &data);
 
     xlong m_lCurLeft; ///< of the table's coordinates in m_pCurBitmap

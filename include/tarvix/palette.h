@@ -6,6 +6,7 @@
 /// A colour: four bytes in this order.
 struct TARVIX_API TRGBA
 {
+    /// Leaves the bytes unset.
     TRGBA() {}
     TRGBA(unsigned char ucR, unsigned char ucG, unsigned char ucB, unsigned char ucA = 0)
         : ucRed(ucR), ucGreen(ucG), ucBlue(ucB), ucAlpha(ucA)
@@ -55,14 +56,15 @@ public:
     /// @return 1; 0 with a text; 0 for a file that ends early, with the
     ///         entries before its end and the name changed
     xlong Load(const char *pszFileName);
+    /// Sets all entries.
     /// @param ppColours  256 pointers; the colours are copied with alpha
     /// @return 1
     xlong SetPalette(TRGBA **ppColours);
-    /// Alpha is kept.
+    /// Sets red, green and blue of an entry; its alpha is kept.
     /// @param lIndex  0 to 255; another is ignored
     /// @return 1
     xlong SetIndex(const TRGBA *pColour, xlong lIndex);
-    /// Alpha of pColour is left alone.
+    /// Reads red, green and blue of an entry; alpha of pColour is left alone.
     /// @param lIndex  0 to 255; another gives black and the result 0
     xlong GetIndex(TRGBA *pColour, xlong lIndex) const;
     /// The nearest of the entries m_ucFirst up to, but without, m_ucLast: the
@@ -73,8 +75,8 @@ public:
     /// The nearest entry beside the one that FindMatch gives, m_ucLast included.
     xlong FindSecondBest(const TRGBA *pColour) const;
 
-    unsigned char m_ucFirst; ///< 0 after construction
-    unsigned char m_ucLast;  ///< 255 after construction
+    unsigned char m_ucFirst; ///< of the range that searches look at; 0 after construction
+    unsigned char m_ucLast;  ///< its end; 255 after construction
     TRGBA m_Colors[256];
     char *m_pszName; ///< owned, null only when memory ran out in the constructor
 };

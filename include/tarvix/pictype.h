@@ -19,11 +19,16 @@ public:
     CPicType(const CPicType &) = default;
     CPicType &operator=(const CPicType &) = default;
 
-    /// Reads a picture from the file's present position on. After a failure
-    /// the bitmap can hold a part of it, which its Free releases.
+    /// Reads a picture that begins at the file's start: of a chunk or an archive
+    /// member, where the file stands for one. After a failure the bitmap can hold
+    /// a part of the picture, which its Free releases.
+    /// @param pParameters  null; no type here has any
     virtual xlong Load(CFile *pFile, CBitmapBase *pBitmap, void *pParameters) = 0;
+    /// Opens the file and reads the picture.
     virtual xlong Load(const char *pszFileName, CBitmapBase *pBitmap, void *pParameters) = 0;
-    /// @param pArea  the part to write; null for the whole picture
+    /// Writes a picture that begins at the file's start, in the same sense.
+    /// @param pArea   the part to write; null for the whole picture
+    /// @param lFlags  those of CBitmapBase::Save and of the type
     virtual xlong Save(CFile *pFile, CBitmapBase *pBitmap, void *pParameters, CRect *pArea, xlong lFlags) = 0;
     virtual xlong Save(const char *pszFileName, CBitmapBase *pBitmap, void *pParameters, CRect *pArea,
                        xlong lFlags) = 0;
@@ -36,6 +41,7 @@ public:
     /// @param pszText  not copied
     /// @return lValue
     virtual xlong SetError(const char *pszText, xlong lValue);
+    /// The text of the last failure, not owned.
     virtual const char *GetError();
     /// Takes the type off the globals' list. Stands behind the operations that
     /// the interface counts.

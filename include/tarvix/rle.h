@@ -14,7 +14,8 @@ public:
     /// A sum of 32 or more reports a text and is kept all the same.
     void Init(xlong lIntBits, xlong lFracBits);
     /// @param pSource  lCount values without gaps
-    /// @param pDest    room for lCount values of one bit more than the width
+    /// @param pDest    room for lCount values of one bit more than the width, or
+    ///                 of 4 bits where that is more: short values in pairs grow most
     /// @return bytes written
     xlong Pack(const unsigned char *pSource, unsigned char *pDest, xlong lCount);
     /// Ends with the token that takes up the last byte: tokens that follow in it are not read.

@@ -76,8 +76,11 @@ public:
     virtual xlong InitModeMode(SVmode *pMode);
     /// @return null when no mode is set
     virtual SVmode *GetActiveMode();
+    /// Ends the mode; its records, buffers and lists go too.
     virtual xlong ExitMode() = 0;
+    /// Fills the mode list with what the back end can show.
     virtual xlong GetVideoModes() = 0;
+    /// Adds a mode in a window to the list, and its twin over the desktop.
     /// @param lDepth  8, 16 or 24
     /// @param lId     of the windowed mode, the next one goes to its desktop
     ///                twin; -1 takes the next free ones
@@ -86,32 +89,41 @@ public:
     /// @param ulFlags  XWINDOW_...
     /// @param lWidth   of the picture; -1 for the mode's, as lHeight
     virtual xlong SetScreenWindowProperties(xulong ulFlags, xlong lWidth, xlong lHeight) = 0;
+    /// Notes the flags for a host that asks for none.
     virtual xlong SetDefaultScreenWindowProperties(xulong ulFlags) = 0;
+    /// The walk over the mode list: ModeFirst, then while ModeExists: ModeGet, ModeNext.
     virtual xlong ModeFirst();
     virtual xlong ModeExists();
     virtual xlong ModeNext();
     virtual SVmode *ModeGet();
+    /// Whether the back end can show the mode at the cursor.
     virtual xlong ModeAvailable() = 0;
+    /// Whether the back end can run on this machine.
     virtual xlong ScreenAvailable() = 0;
     /// Bits per pixel of the desktop.
     virtual xlong GetDepth() = 0;
     /// The application has the focus: the whole picture is queued.
     virtual void Activate();
+    /// The focus is lost.
     virtual void DeActivate();
     virtual xlong GetActive();
-    /// Turns presenting on and off.
+    /// Turns presenting on and off. Once it is on again, all of the picture is shown.
     virtual xlong SetFlipScreen(xlong lOn) = 0;
     virtual xlong IsFullScreen();
     /// Converts a bitmap to the screen's format.
     /// @param lFlags  dither argument; bit 1 leaves the key-keeping pass out
     virtual xlong MakeScreenFormat(CBitmap *pBitmap, xlong lFlags);
+    /// MakeScreenFormat, and a copy in the display's own memory where there is one.
     virtual xlong MakeScreenBitmap(CBitmap *pBitmap, xlong lFlags) = 0;
+    /// Does nothing: a texture is a bitmap in the target's format.
     virtual xlong MakeScreenTexture(CBitmap *pBitmap, xlong lFlags) = 0;
     /// Draws into the frame buffer.
     /// @param lWidth        pixels; -1 for the bitmap's, as lHeight
     /// @param lTransparent  1 skips pixels of the key colour
     virtual void DrawBitmapScreen(CBitmap *pBitmap, xlong lSourceX, xlong lSourceY, xlong lX, xlong lY, xlong lWidth,
                                   xlong lHeight, xlong lTransparent, xlong lFlags) = 0;
+    /// Draws into the persistent picture, in persistent mode alone. At 8 bits
+    /// the picture takes the bitmap's palette.
     virtual void DrawBitmapPersistent(CBitmap *pBitmap, xlong lSourceX, xlong lSourceY, xlong lX, xlong lY,
                                       xlong lWidth, xlong lHeight, xlong lTransparent, xlong lFlags);
     /// Queues the target area; scaling itself copies nothing.
@@ -119,6 +131,8 @@ public:
     /// As DrawBitmapScreen, but queues nothing.
     virtual void DrawBitmapScreenGui(CBitmap *pBitmap, xlong lSourceX, xlong lSourceY, xlong lX, xlong lY, xlong lWidth,
                                      xlong lHeight, xlong lTransparent, xlong lFlags) = 0;
+    /// As DrawBitmapScreen, but what it drew is shown and not restored: that is
+    /// the caller's, with RestoreSpriteScreen.
     virtual void DrawSpriteScreen(CBitmap *pBitmap, xlong lSourceX, xlong lSourceY, xlong lX, xlong lY, xlong lWidth,
                                   xlong lHeight, xlong lTransparent, xlong lFlags) = 0;
     /// Draws a saved area back; a null bitmap is passed over.
@@ -140,8 +154,9 @@ public:
     /// between, the next one comes out at half the size.
     /// @param pBounds  receives the extent before clipping, if not null
     virtual xlong DrawPolygonScreen(CRect *&pBounds) = 0;
+    /// The same on the persistent picture.
     virtual xlong DrawPolygonPersistent(CRect *&pBounds);
-    /// Queues nothing.
+    /// The same on a bitmap; nothing is queued.
     virtual xlong DrawPolygonBitmap(CBitmap *pBitmap, CRect *&pBounds);
     /// Darkens the polygon's area.
     /// @param pArea  receives the area, if not null
@@ -149,11 +164,14 @@ public:
     virtual xlong DrawShadowPolygonPersistent(CRect *&pArea);
     /// @param pBitmap  of the mode's depth and row bytes
     virtual xlong DrawShadowPolygonBitmap(CBitmap *pBitmap, CRect *&pArea);
-    /// The steps of the polygon operations: halve the vertices, or move them to
-    /// the origin; fill the span tables. 1 when any row can be drawn.
+    /// Halves the vertices, which makes them pixels, and goes on with CalcDrawList.
     virtual xlong MakeDrawList(xlong &lMinX, xlong &lMinY, xlong &lMaxX, xlong &lMaxY);
+    /// Moves the vertices to the origin, by what the offsets tell, and goes on
+    /// with CalcDrawList in half pixels.
     virtual xlong MakeFilterDrawList(xlong &lOffsetX, xlong &lOffsetY, xlong &lMinX, xlong &lMinY, xlong &lMaxX,
                                      xlong &lMaxY);
+    /// Fills the span tables of the polygon's rows and tells its extent.
+    /// @return 1 when any row can be drawn
     virtual xlong CalcDrawList(xlong &lMinX, xlong &lMinY, xlong &lMaxX, xlong &lMaxY);
     /// Scales a block of twice the size down into the target, which must hold
     /// the result: nothing is clipped. At 16 and 24 bits only.
@@ -163,12 +181,15 @@ public:
     virtual xlong SetPersistent(xlong lOn);
     /// @param lMode  1 creates the buffer if need be and uses it
     virtual xlong SetPersistentMode(xlong lMode);
+    /// The same for a second picture, for hosts to keep one behind the persistent one.
     virtual xlong SetBackground(xlong lOn);
     virtual xlong SetBackgroundMode(xlong lMode);
-    /// Copies all but the last column and row.
+    /// Copies the persistent picture to the background, all but the last column and row.
     virtual void SetPersistentToBackground();
-    /// Copies 640 by 480 pixels, whatever the arguments.
+    /// Copies the background to the persistent picture: 640 by 480 pixels,
+    /// whatever the arguments.
     virtual void UpdateFromBackgroundToPersistent(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom) = 0;
+    /// The pictures to draw on directly, null without; the area is not looked at.
     virtual CBitmap *LockPersistentBitmap(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom) = 0;
     virtual void UnlockPersistentBitmap() = 0;
     virtual CBitmap *LockBackgroundBitmap(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom) = 0;
@@ -176,7 +197,9 @@ public:
     /// @return the first pixel of the frame buffer, rows of lRowBytes; null if it can't be locked
     virtual unsigned char *LockScreenBuffer() = 0;
     virtual void ReleaseScreenBuffer() = 0;
+    /// MakeScreenBitmap on the persistent picture.
     virtual xlong CachePersistentBitmap();
+    /// As SetPersistent and its mode, for the 8-bit buffer that modulates textured polygons.
     virtual xlong SetAlphaBuffer(xlong lOn);
     virtual xlong SetAlphaBufferMode(xlong lMode);
     /// Copies a bitmap into the alpha buffer. The bitmap becomes a grey one of
@@ -200,24 +223,28 @@ public:
                                       xlong lBytesPerPixel, CRect *&pArea, CRect *&pBounds);
     /// Darkens the polygon's area in a block of the mode's size and row bytes.
     virtual xlong DrawShadowPolygonSoftware(unsigned char *pTarget, CRect *&pArea);
-    /// The lists of changed areas, of the present page: what is restored from
-    /// the persistent buffer,
+    /// Queues what is to be shown, and then restored from the persistent
+    /// picture, on the present page; in persistent mode alone.
     virtual void AddClearArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom);
+    /// The same on each page; in a window, where all pages are one picture, on
+    /// the present page alone.
     virtual void AddClearAreaGui(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom);
-    /// what changed on the persistent buffer, for each page,
+    /// Queues what has changed on the persistent picture, on each page that shows it.
     virtual void AddClearAreaPersistent(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom);
+    /// Queues what lies in the clip for the GUI to repaint, on each page.
     virtual void AddShadowArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom);
-    /// and what the GUI has to repaint.
+    /// Queues what the GUI has to repaint, on the present page.
     virtual void ASA(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom);
     /// Clips a line to m_rcClip. @return 0 when nothing is left
     virtual xlong ClipLine(xlong &lX1, xlong &lY1, xlong &lX2, xlong &lY2);
-    /// The clip becomes the area within the mode, or within the present clip;
+    /// The clip becomes the area, as far as it lies in the mode's picture;
     /// (0, 0, 0, 0) when nothing is left.
     virtual void SetClip(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom);
+    /// The same within the present clip.
     virtual void SetSubClip(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom);
-    /// @return 0 when 32 are saved already
+    /// Saves the clip. @return 0 when 32 are saved already
     virtual xlong PushClip();
-    /// @return 0 when none is saved
+    /// Takes the last saved clip back. @return 0 when none is saved
     virtual xlong PopClip();
     /// At 8 bits only. @param pPalette  cloned
     virtual void SetPalette(CPalette *pPalette);
@@ -248,12 +275,12 @@ public:
         float fZ;
     };
 
-    CBitmap *m_pPersistent; ///< owned, or null
-    xlong m_lPage;
-    CRect m_rcClip;
-    CRect m_ValidateAreas[PAGES][MAX_AREAS];
+    CBitmap *m_pPersistent;                  ///< owned, or null
+    xlong m_lPage;                           ///< the one that is drawn on
+    CRect m_rcClip;                          ///< of all drawing on frame buffer and persistent picture
+    CRect m_ValidateAreas[PAGES][MAX_AREAS]; ///< what the GUI has to repaint
     xlong m_bActive;
-    xlong m_bGreyPending;
+    xlong m_bGreyPending; ///< of SetScreenToPersistentGrey
     xlong m_bFlipScreen;
     CPalette m_Palette;
     CPalette m_DefaultPalette;
@@ -270,9 +297,9 @@ public:
     xlong m_lTextureCoords[8];
     CBitmap *m_pAlpha; ///< owned, 8 bits deep, or null
     xlong m_bAlphaMode;
-    CRect m_ClearAreas[PAGES][MAX_AREAS];
+    CRect m_ClearAreas[PAGES][MAX_AREAS]; ///< what is to be restored
     xlong m_lClearCount[PAGES];
-    CRect m_PersistentAreas[PAGES][MAX_AREAS];
+    CRect m_PersistentAreas[PAGES][MAX_AREAS]; ///< what has changed behind it
     xlong m_lPersistentCount[PAGES];
     xlong m_lValidateCount[PAGES];
     CRect m_ClipStack[MAX_CLIPS];
@@ -280,7 +307,7 @@ public:
     TVertex m_Polygon[4];
     CRect m_rcReserved1;
     CRect m_rcReserved2;
-    xlong m_lFirstRow;
+    xlong m_lFirstRow; ///< of the span tables
     xlong m_lLastRow;
     xlong m_lLeftX[MAX_ROWS];
     xlong m_lRightX[MAX_ROWS];

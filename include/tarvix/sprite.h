@@ -7,6 +7,7 @@
 
 class CBitmap;
 
+/// A place in a picture or on the screen, in pixels.
 struct TPoint
 {
     xlong lX;
@@ -27,6 +28,7 @@ enum
     XSPRITE_USE_CLIP = 256 ///< set by SetSpriteClipArea
 };
 
+/// What the animation does.
 enum
 {
     XSPRITE_STOPPED = 0,
@@ -51,9 +53,11 @@ public:
     CSprite(const CSprite &) = delete;
     CSprite &operator=(const CSprite &) = delete;
 
+    /// Saves, draws and restores, by the frame messages.
     xlong MsgHandler(xulong ulMsg, xlong lA, xlong lB) override;
     ~CSprite() override;
 
+    /// Shows the sprite from the next frame on.
     /// @param pBitmap   holds the frames, in the screen's format; not owned
     /// @param pFrames   places of the frames, up to one with a -1; copied. Null
     ///                  for frames side by side from the left on
@@ -79,38 +83,43 @@ public:
     void SetCurrentFrame(xlong lFrame);
     /// @param lDelay  below 1 is ignored
     void SetFrameDelay(xlong lDelay);
+    /// Draws in this part of the screen alone.
     void SetSpriteClipArea(CRect rcArea);
     xlong GetPositionX();
     xlong GetPositionY();
     xlong GetWidth();
     xlong GetHeight();
 
-    CBitmap *m_pBitmap;
-    CBitmap *m_apRestore[BUFFERS]; ///< owned
+    CBitmap *m_pBitmap;            ///< the frames, not owned
+    CBitmap *m_apRestore[BUFFERS]; ///< owned: what the sprite covers
     xlong m_alSaved[BUFFERS];      ///< saved and not yet drawn
     xlong m_alDrawn[BUFFERS];      ///< on the screen, to be restored
     xlong m_lFlags;
-    xlong m_lKey;
+    xlong m_lKey;      ///< of Create
     TPoint *m_pFrames; ///< owned
     xlong m_lNumFrames;
     xlong m_lCurFrame;
     xlong m_lFrameW;
     xlong m_lFrameH;
-    xlong m_lRestoreW;
+    xlong m_lRestoreW; ///< of the restore buffers
     xlong m_lRestoreH;
     xlong m_lX;
     xlong m_lY;
     xlong m_lReserved[2];
     xlong m_lFrameDelay;
-    xlong m_lDelayCount;
-    xlong m_lAnimStatus;
-    CRect m_aRestoreRect[BUFFERS];
+    xlong m_lDelayCount;           ///< screen frames until the next step
+    xlong m_lAnimStatus;           ///< XSPRITE_STOPPED and so on
+    CRect m_aRestoreRect[BUFFERS]; ///< where each buffer's pixels belong
     CRect m_ClipRect;
 
 protected:
+    /// Draws the current frame and goes one step on.
     void Draw();
+    /// Saves what the frame is going to cover.
     void UpdateRestoreBuffer();
+    /// Puts it back.
     void Restore();
+    /// Takes the sprite off the messages and deletes what it owns.
     void Free();
 
 private:

@@ -3,8 +3,8 @@
 #include <stddef.h>
 
 /// 32-bit integers of the interface on every target. On Windows they are long
-/// and unsigned long, so that the interface there is the required one to the
-/// letter. Print them with %ld and a cast to (long).
+/// and unsigned long, since these types are part of the names that programs
+/// there link. Print them with %ld and a cast to (long).
 #ifdef _WIN32
 typedef long xlong;
 typedef unsigned long xulong;

@@ -2,8 +2,15 @@
 
 #include "tarvix/types.h"
 
-// Wider instructions than the baseline's SSE2 are chosen at run time. The
-// answers come from a table that the compiler's runtime fills at load.
+#include <immintrin.h>
+
+// SSE2 is there on every target. What is wider is chosen at run time, by the
+// questions below and nowhere else; their answers come from a table that the
+// compiler's runtime fills at load.
+
+#ifndef __SSE2__
+#error "The library counts on SSE2 (-msse2 on 32-bit processors)."
+#endif
 
 /// Sets of instructions, each with those before it.
 enum
@@ -22,8 +29,6 @@ extern TARVIX_API xlong s_lSimdLimit;
 const xlong s_lSimdLimit = SIMD_ALL;
 #endif
 
-#if defined(__SSE2__)
-#define TARVIX_SSE2
 #define TARVIX_TARGET_SSE41 __attribute__((target("sse4.1")))
 #define TARVIX_TARGET_AVX2 __attribute__((target("avx2")))
 #define TARVIX_TARGET_AVX512 __attribute__((target("avx512f,avx512bw,avx512vbmi")))
@@ -35,25 +40,19 @@ inline bool HasSse41()
 
 // On 64-bit Windows the compiler spills registers of 32 bytes and more to
 // addresses that are not aligned for them.
-#if defined(_WIN64)
-inline bool HasAvx2()
-{
-    return false;
-}
-
-inline bool HasAvx512()
-{
-    return false;
-}
+#ifdef _WIN64
+const bool s_bWideRegisters = false;
 #else
+const bool s_bWideRegisters = true;
+#endif
+
 inline bool HasAvx2()
 {
-    return s_lSimdLimit >= SIMD_AVX2 && __builtin_cpu_supports("avx2");
+    return s_bWideRegisters && s_lSimdLimit >= SIMD_AVX2 && __builtin_cpu_supports("avx2");
 }
 
 inline bool HasAvx512()
 {
-    return s_lSimdLimit >= SIMD_AVX512 && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi");
+    return s_bWideRegisters && s_lSimdLimit >= SIMD_AVX512 && __builtin_cpu_supports("avx512bw") &&
+           __builtin_cpu_supports("avx512vbmi");
 }
-#endif
-#endif

@@ -37,7 +37,7 @@ xlong CreateBlock(CBitmap &bitmap, xlong lWidth, xlong lHeight, xlong lDepth, xl
     bitmap.m_lDepth = lDepth;
     bitmap.m_lBytesPerPixel = lBytesPerPixel;
     bitmap.m_lPitch = PaddedPitch(lWidth, lBytesPerPixel);
-    bitmap.m_rcClip.SetXYWH(0, 0, lWidth, lHeight);
+    ClipToAll(bitmap);
     bitmap.m_bChanged = 1;
     bitmap.m_bOnSurface = 0;
     return 1;
@@ -125,10 +125,9 @@ xlong CBitmap::CreateIndex(xlong lWidth, xlong lHeight, xlong lDepth, const CPal
     CPalette *pClone = nullptr;
     if (pPalette)
     {
-        pClone = XNEW(CPalette);
-        if (!pClone || !pClone->Clone(pPalette))
+        pClone = NewClone(*pPalette);
+        if (!pClone)
         {
-            XDELETE(pClone);
             Free();
             return 0;
         }
@@ -158,13 +157,8 @@ xlong CBitmap::CreateRGBA(xlong lWidth, xlong lHeight, xlong lDepth, xlong lRedB
         return 0;
     if (!CreateBlock(*this, lWidth, lHeight, lDepth, BytesPerPixel(lDepth)))
         return 0;
-    m_lRedBits = lRedBits;
-    m_lGreenBits = lGreenBits;
-    m_lBlueBits = lBlueBits;
+    SetFormat(*this, { lRedBits, lGreenBits, lBlueBits, lRedShift, lGreenShift, lBlueShift });
     m_lAlphaBits = lAlphaBits;
-    m_lRedShift = lRedShift;
-    m_lGreenShift = lGreenShift;
-    m_lBlueShift = lBlueShift;
     m_lAlphaShift = lAlphaShift;
     m_bRGB = 1;
     return 1;
@@ -177,7 +171,7 @@ xlong CBitmap::Load(const char *pszFileName, xlong lUnused)
         return xError(XERR_PICTURE_FORMAT);
     if (!pType->Load(pszFileName, this, nullptr))
         return xErrorTxt(pType->GetError());
-    m_rcClip.SetXYWH(0, 0, m_lWidth, m_lHeight);
+    ClipToAll(*this);
     m_bChanged = 1;
     m_bOnSurface = 0;
     return 1;

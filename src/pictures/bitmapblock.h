@@ -1,8 +1,41 @@
 #pragma once
 
+#include "pictures/pixelformat.h"
+#include "tarvix/bitmap.h"
 #include "tarvix/types.h"
 
 #include <stdint.h>
+
+/// The pixels that an area is copied from or to: those of a bitmap, of a locked
+/// frame buffer or of a working copy. Owns nothing.
+struct TPixelBlock
+{
+    unsigned char *pData;
+    xlong lPitch;
+    xlong lDepth;             ///< bits per pixel
+    TPixelFormat format;      ///< of direct colour
+    const CPalette *pPalette; ///< of 8 bits; null without one
+    const CRect *pClip;       ///< within the pixels
+};
+
+inline TPixelBlock BlockOf(const CBitmapBase &bitmap)
+{
+    return { bitmap.m_pData, bitmap.m_lPitch, bitmap.m_lDepth, FormatOf(bitmap), bitmap.m_pPalette, &bitmap.m_rcClip };
+}
+
+inline void ClipToAll(CBitmapBase &bitmap)
+{
+    bitmap.m_rcClip.SetXYWH(0, 0, bitmap.m_lWidth, bitmap.m_lHeight);
+}
+
+/// @return a palette that equals it, for the caller to delete; null without memory
+CPalette *NewClone(const CPalette &palette);
+
+/// The width or height that a drawing call means: -1 and -2 stand for the bitmap's.
+inline xlong SizeOrDefault(xlong lSize, xlong lDefault)
+{
+    return lSize == -1 || lSize == -2 ? lDefault : lSize;
+}
 
 // Sizes of a bitmap's block. They come from files and hosts, so they are
 // worked out in 64 bits.

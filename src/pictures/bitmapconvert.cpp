@@ -33,58 +33,26 @@ bool HasRows(const CBitmapBase &bitmap, xlong lBytesPerPixel)
     return bitmap.m_pData && bitmap.m_lPitch >= (int64_t)bitmap.m_lWidth * lBytesPerPixel;
 }
 
-void ResetClip(CBitmapBase &bitmap)
+// The whole of a bitmap and the block, both with the bitmap's clip.
+TCopy WholeOf(const CBitmapBase &bitmap, xlong lDither)
 {
-    bitmap.m_rcClip.SetXYWH(0, 0, bitmap.m_lWidth, bitmap.m_lHeight);
-    bitmap.m_bOnSurface = 0;
-}
-
-CPalette *NewClone(const CPalette *pPalette)
-{
-    CPalette *pClone = XNEW(CPalette);
-    if (pClone && !pClone->Clone(pPalette))
-    {
-        XDELETE(pClone);
-        return nullptr;
-    }
-    return pClone;
+    return { .lWidth = bitmap.m_lWidth, .lHeight = bitmap.m_lHeight, .lDither = lDither };
 }
 
 // Conversion of a whole bitmap to 16 or 24 bits, with the key pass.
 void ConvertWhole(CBitmapBase &bitmap, TBlock &block, xlong lDepth, const TPixelFormat &fmt, xlong lFlags)
 {
-    const TPixelFormat fmtOld = FormatOf(bitmap);
-    const xlong lWidth = bitmap.m_lWidth, lHeight = bitmap.m_lHeight;
-    const CRect *pClip = &bitmap.m_rcClip;
-    const xlong lOldDepth = bitmap.m_bRGB ? bitmap.m_lDepth : 8;
-    if (!HasRows(bitmap, lOldDepth / 8))
+    TPixelBlock source = BlockOf(bitmap);
+    if (!bitmap.m_bRGB)
+        source.lDepth = 8;
+    const TKernelPair *pPair = FindKernels(source.lDepth, lDepth);
+    if (!pPair || !HasRows(bitmap, source.lDepth / 8))
         return;
-    bool bKeepKey = false;
-    if (lOldDepth == 8 && lDepth == 16)
-        Convert8To16(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, bitmap.m_pPalette, pClip, 0, block.pData,
-                     block.lPitch, 0, 0, fmt, pClip);
-    else if (lOldDepth == 8)
-        Convert8To24(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, bitmap.m_pPalette, pClip, 0, block.pData,
-                     block.lPitch, 0, 0, fmt, pClip);
-    else if (lOldDepth == 16)
-        (lDepth == 16 ? Convert16To16 : Convert16To24)(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, fmtOld,
-                                                       pClip, 0, block.pData, block.lPitch, 0, 0, fmt, pClip);
-    else if (lDepth == 16)
-    {
-        Convert24To16(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, fmtOld, pClip, 0, lFlags, block.pData,
-                      block.lPitch, 0, 0, fmt, pClip);
-        bKeepKey = true;
-    }
-    else
-        Convert24To24(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, fmtOld, pClip, 0, block.pData,
-                      block.lPitch, 0, 0, fmt, pClip);
-    if (lFlags & XBMP_NO_KEY_PASS)
-        return;
-    if (bKeepKey)
-        KeepKey16(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, fmtOld, pClip, block.pData, block.lPitch, 0,
-                  0, fmt, pClip);
-    else
-        KeepKeyNone();
+    const TPixelBlock target = { block.pData, block.lPitch, lDepth, fmt, nullptr, source.pClip };
+    const TCopy copy = WholeOf(bitmap, lFlags);
+    pPair->pfnConvert(source, target, copy);
+    if (!(lFlags & XBMP_NO_KEY_PASS))
+        pPair->pfnKeepKey(source, target, copy);
 }
 
 // From one palette to another. Unless it is told not to, it sees to it that the
@@ -115,28 +83,38 @@ void MapIndices(const CBitmapBase &bitmap, TBlock &block, const CPalette &palett
 // From 24 to 8 bits. @return 0 when the working copy can't be had
 bool ConvertTo8(CBitmapBase &bitmap, TBlock &block, const CPalette *pPalette, xlong lFlags)
 {
-    const xlong lWidth = bitmap.m_lWidth, lHeight = bitmap.m_lHeight;
-    const CRect *pClip = &bitmap.m_rcClip;
-    const TPixelFormat fmtOld = FormatOf(bitmap);
-    const xlong lWorkSize = RowsSize((int64_t)block.lPitch * 2, lHeight);
-    const xlong lWorkPitch = block.lPitch * 2;
+    const xlong lWorkSize = RowsSize((int64_t)block.lPitch * 2, bitmap.m_lHeight);
     unsigned char *pWork = lWorkSize < 0 ? nullptr : XNEW(unsigned char[(size_t)lWorkSize]);
     if (!pWork)
         return false;
-    Convert24To16(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, fmtOld, pClip, 0, lFlags, pWork, lWorkPitch,
-                  0, 0, s_fmt15, pClip);
-    Convert16To8(pWork, lWorkPitch, 0, 0, lWidth, lHeight, pClip, 0, block.pData, block.lPitch, 0, 0, pPalette, pClip);
+    const TPixelBlock source = BlockOf(bitmap);
+    const TPixelBlock work = { pWork, block.lPitch * 2, 16, s_fmt15, nullptr, source.pClip };
+    const TPixelBlock target = { block.pData, block.lPitch, 8, TPixelFormat(), pPalette, source.pClip };
+    const TCopy copy = WholeOf(bitmap, lFlags);
+    Convert24To16(source, work, copy);
+    Convert16To8(work, target, copy);
     if (!(lFlags & XBMP_NO_KEY_PASS))
-        KeepKey8(bitmap.m_pData, bitmap.m_lPitch, 0, 0, lWidth, lHeight, fmtOld, pClip, block.pData, block.lPitch, 0, 0,
-                 pPalette, pClip);
+        KeepKey8(source, target, copy);
     XDELETE_ARRAY(pWork);
     return true;
 }
 } // namespace
 
+CPalette *NewClone(const CPalette &palette)
+{
+    CPalette *pClone = XNEW(CPalette);
+    if (pClone && !pClone->Clone(&palette))
+    {
+        XDELETE(pClone);
+        return nullptr;
+    }
+    return pClone;
+}
+
 xlong CBitmap::ConvertIndex(xlong lWidth, xlong lHeight, xlong lDepth, const CPalette *pPalette, xlong lFlags)
 {
-    ResetClip(*this);
+    ClipToAll(*this);
+    m_bOnSurface = 0;
     if (m_lDepth == 8 && (!m_pPalette || !pPalette || !HasRows(*this, 1)))
         return 0;
     const bool bSame =
@@ -144,7 +122,7 @@ xlong CBitmap::ConvertIndex(xlong lWidth, xlong lHeight, xlong lDepth, const CPa
     CPalette *pClone = nullptr;
     if (pPalette)
     {
-        pClone = NewClone(pPalette);
+        pClone = NewClone(*pPalette);
         if (!pClone)
             return 0;
     }
@@ -185,7 +163,8 @@ xlong CBitmap::ConvertIndex(xlong lWidth, xlong lHeight, xlong lDepth, const CPa
 xlong CBitmap::ConvertRGB(xlong lWidth, xlong lHeight, xlong lDepth, xlong lRedBits, xlong lGreenBits, xlong lBlueBits,
                           xlong lRedShift, xlong lGreenShift, xlong lBlueShift, xlong lFlags)
 {
-    ResetClip(*this);
+    ClipToAll(*this);
+    m_bOnSurface = 0;
     const xlong lBytesPerPixel = BytesPerPixel(lDepth);
     const TPixelFormat fmt = { lRedBits, lGreenBits, lBlueBits, lRedShift, lGreenShift, lBlueShift };
     if (m_lBytesPerPixel == lBytesPerPixel && m_lDepth == lDepth && FormatOf(*this) == fmt)
@@ -206,12 +185,7 @@ xlong CBitmap::ConvertRGB(xlong lWidth, xlong lHeight, xlong lDepth, xlong lRedB
     m_lPitch = block.lPitch;
     m_lBytesPerPixel = lBytesPerPixel;
     m_lDepth = lDepth;
-    m_lRedBits = lRedBits;
-    m_lGreenBits = lGreenBits;
-    m_lBlueBits = lBlueBits;
-    m_lRedShift = lRedShift;
-    m_lGreenShift = lGreenShift;
-    m_lBlueShift = lBlueShift;
+    SetFormat(*this, fmt);
     m_bChanged = 1;
     return 1;
 }
@@ -224,7 +198,7 @@ xlong CBitmap::Blt(CBitmapBase *pSource, xlong lSourceX, xlong lSourceY, xlong l
     if (lHeight == -1)
         lHeight = pSource->m_lHeight;
     m_bChanged = 1;
-    CopyArea({ m_pData, m_lPitch, m_lDepth, FormatOf(*this), &m_rcClip }, *pSource, lSourceX, lSourceY, lTargetX,
-             lTargetY, lWidth, lHeight, lTransparent, lDither);
+    CopyArea(BlockOf(*pSource), BlockOf(*this),
+             { lSourceX, lSourceY, lTargetX, lTargetY, lWidth, lHeight, lTransparent, lDither });
     return 1;
 }

@@ -270,8 +270,10 @@ xlong CJPGPic::InitCoefCtrler()
 void CJPGPic::InverseDCT(const TCompInfo *pComp, const short *pCoefs, xlong lLast, unsigned char *pOutput, xlong lPitch)
 {
     const TJpegQuant &quant = m_pQuants[pComp->m_lIndex];
-    if (lLast == JPEG_LARGE || !JpegIdctWide(pCoefs, quant, lLast, pOutput, lPitch))
+    if (lLast == JPEG_LARGE)
         JpegIdctPlain(pCoefs, quant, pOutput, lPitch, RangeLimit());
+    else
+        JpegIdctWide(pCoefs, quant, lLast, pOutput, lPitch);
 }
 
 // A scan of one component has MCUs of one block, so it goes on below each other.

@@ -21,7 +21,6 @@ void JpegWiden(const unsigned char *pRow, unsigned char *pOutput, xlong lSamples
             *pOutput++ = pRow[x];
 }
 
-#ifdef TARVIX_SSE2
 namespace
 {
 namespace sse2
@@ -181,14 +180,3 @@ void JpegGrey(const unsigned char *pRow, unsigned char *pOutput, xlong lWidth)
     const xlong lDone = HasAvx2() ? avx2::Grey(pRow, pOutput, lWidth) : sse2::Grey(pRow, pOutput, lWidth);
     JpegWiden(pRow + lDone, pOutput + 3 * lDone, lWidth - lDone, 3);
 }
-#else
-xlong JpegColourWide(const unsigned char *const *, bool, unsigned char *, xlong)
-{
-    return 0;
-}
-
-void JpegGrey(const unsigned char *pRow, unsigned char *pOutput, xlong lWidth)
-{
-    JpegWiden(pRow, pOutput, lWidth, 3);
-}
-#endif

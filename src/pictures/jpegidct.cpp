@@ -90,7 +90,6 @@ void JpegIdctPlain(const short *pCoefs, const TJpegQuant &quant, unsigned char *
     }
 }
 
-#ifdef TARVIX_SSE2
 namespace
 {
 // Shifts that leave 16 bits of a first result and 10 of a second one, signed,
@@ -229,7 +228,7 @@ TARVIX_TARGET_AVX2 void Idct(const short *pCoefs, const short *pQuant, unsigned 
 } // namespace avx2
 } // namespace
 
-bool JpegIdctWide(const short *pCoefs, const TJpegQuant &quant, xlong lLast, unsigned char *pOutput, ptrdiff_t lPitch)
+void JpegIdctWide(const short *pCoefs, const TJpegQuant &quant, xlong lLast, unsigned char *pOutput, ptrdiff_t lPitch)
 {
     if (!lLast)
     {
@@ -244,11 +243,4 @@ bool JpegIdctWide(const short *pCoefs, const TJpegQuant &quant, xlong lLast, uns
         avx2::Idct(pCoefs, quant.m_sPlaced, pOutput, lPitch);
     else
         sse2::Idct(pCoefs, quant.m_sPlaced, pOutput, lPitch);
-    return true;
 }
-#else
-bool JpegIdctWide(const short *, const TJpegQuant &, xlong, unsigned char *, ptrdiff_t)
-{
-    return false;
-}
-#endif

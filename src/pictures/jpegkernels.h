@@ -43,8 +43,7 @@ TARVIX_INTERNAL void JpegIdctPlain(const short *pCoefs, const TJpegQuant &quant,
                                    ptrdiff_t lPitch, const unsigned char *pLimit);
 /// For coefficients within the limits.
 /// @param lLast  place in the file's order of the last one that is not 0
-/// @return false when this processor has nothing wide
-TARVIX_INTERNAL bool JpegIdctWide(const short *pCoefs, const TJpegQuant &quant, xlong lLast, unsigned char *pOutput,
+TARVIX_INTERNAL void JpegIdctWide(const short *pCoefs, const TJpegQuant &quant, xlong lLast, unsigned char *pOutput,
                                   ptrdiff_t lPitch);
 
 /// The chroma tables of the plain conversion.

@@ -5,7 +5,7 @@
 // of products throughout, so any order gives the same 32 bits.
 STEP void Butterfly(V e04, V e26, V o13, V o57, V round, V *pOut)
 {
-#define PAIR(a, b) OP(set1_epi32)((int)((unsigned)(a) & 0xffff) | (int)((unsigned)(b) << 16))
+#define PAIR(a, b) OP(set1_epi32)((int)((unsigned)(a)&0xffff) | (int)((unsigned)(b) << 16))
     const V even0 = OP(add_epi32)(OP(madd_epi16)(e04, PAIR(8192, 8192)), round);
     const V even1 = OP(add_epi32)(OP(madd_epi16)(e04, PAIR(8192, -8192)), round);
     const V even2 = OP(madd_epi16)(e26, PAIR(4433, 4433 - 15137));

@@ -7,8 +7,6 @@
 #include <string.h>
 #include <type_traits>
 
-#ifdef TARVIX_SSE2
-
 #define STEP TARVIX_TARGET_SSE41 __attribute__((always_inline)) inline
 
 namespace
@@ -775,12 +773,3 @@ TRowFunction FastRow(TRowKind kind, bool bTransparent, const TRowCall &call)
         return bTransparent ? MapRows16<true> : MapRows16<false>;
     return bTransparent ? PickFast<true>(kind) : PickFast<false>(kind);
 }
-
-#else
-
-TRowFunction FastRow(TRowKind kind, bool bTransparent, const TRowCall &call)
-{
-    return nullptr;
-}
-
-#endif

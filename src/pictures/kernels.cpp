@@ -1,5 +1,6 @@
 #include "pictures/kernels.h"
 
+#include "core/invariant.h"
 #include "pictures/kernelrows.h"
 #include "pictures/palettesearch.h"
 #include "tarvix/file.h"
@@ -25,23 +26,85 @@ void LoadDataTurn()
         glb->m_pfnLoadData();
 }
 
+// One axis of the clipping.
+struct TSpan
+{
+    bool ClipTo(int64_t llFirst, int64_t llLast, int64_t &llFrom, int64_t &llTo) const
+    {
+        // llFrom is limited to the span, and llTo goes along.
+        if (llFrom + llCount - 1 < llFirst || llFrom > llLast)
+            return false;
+        if (llFrom < llFirst)
+        {
+            llTo += llFirst - llFrom;
+            llFrom = llFirst;
+        }
+        return true;
+    }
+
+    bool Clip(xlong lSourceFirst, xlong lSourceLast, xlong lTargetFirst, xlong lTargetLast)
+    {
+        // Most areas lie inside both.
+        if (llCount > 0 && llSource >= lSourceFirst && llSource + llCount - 1 <= lSourceLast &&
+            llTarget >= lTargetFirst && llTarget + llCount - 1 <= lTargetLast)
+            return true;
+        const int64_t llSourceEnd = llSource + llCount - 1;
+        if (!ClipTo(lSourceFirst, lSourceLast, llSource, llTarget))
+            return false;
+        llCount = std::min(llSourceEnd, (int64_t)lSourceLast) - llSource + 1;
+        const int64_t llTargetEnd = llTarget + llCount - 1;
+        if (!ClipTo(lTargetFirst, lTargetLast, llTarget, llSource))
+            return false;
+        llCount = std::min(llTargetEnd, (int64_t)lTargetLast) - llTarget + 1;
+        return llCount > 0;
+    }
+
+    int64_t llSource;
+    int64_t llTarget;
+    int64_t llCount;
+};
+
+[[maybe_unused]] bool Holds(const CRect &rc, int64_t llX, int64_t llY, int64_t llWidth, int64_t llHeight)
+{
+    return llWidth > 0 && llHeight > 0 && llX >= rc.m_lLeft && llY >= rc.m_lTop && llX + llWidth - 1 <= rc.m_lRight &&
+           llY + llHeight - 1 <= rc.m_lBottom;
+}
+
+// Both axes. Inline, since a sprite's row costs no more than a call.
+__attribute__((always_inline)) inline bool ClipSpans(TSpan &x, TSpan &y, const CRect &rcSource, const CRect &rcTarget)
+{
+    if (!x.Clip(rcSource.m_lLeft, rcSource.m_lRight, rcTarget.m_lLeft, rcTarget.m_lRight) ||
+        !y.Clip(rcSource.m_lTop, rcSource.m_lBottom, rcTarget.m_lTop, rcTarget.m_lBottom))
+        return false;
+    TARVIX_INVARIANT(Holds(rcSource, x.llSource, y.llSource, x.llCount, y.llCount));
+    TARVIX_INVARIANT(Holds(rcTarget, x.llTarget, y.llTarget, x.llCount, y.llCount));
+    return true;
+}
+
 // The rows of both blocks after clipping.
 struct TArea : TRows
 {
     // @return whether anything is left
-    bool Clip(const unsigned char *pFrom, xlong lFromPitch, xlong lSourceX, xlong lSourceY, xlong lCountX,
-              xlong lCountY, const CRect *pSourceClip, xlong lSourceBytes, unsigned char *pTo, xlong lToPitch,
-              xlong lTargetX, xlong lTargetY, const CRect *pTargetClip, xlong lTargetBytes)
+    template <int FROM, int TO>
+    bool Clip(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
     {
-        if (!ClipAreas(&lSourceX, &lSourceY, &lCountX, &lCountY, pSourceClip, &lTargetX, &lTargetY, pTargetClip))
+        TSpan x = { copy.lSourceX, copy.lTargetX, copy.lWidth }, y = { copy.lSourceY, copy.lTargetY, copy.lHeight };
+        if (!ClipSpans(x, y, *source.pClip, *target.pClip))
             return false;
-        lWidth = lCountX;
-        lHeight = lCountY;
-        lSourcePitch = lFromPitch;
-        lTargetPitch = lToPitch;
-        pSource = pFrom + (ptrdiff_t)lSourceY * lFromPitch + (ptrdiff_t)lSourceX * lSourceBytes;
-        pTarget = pTo + (ptrdiff_t)lTargetY * lToPitch + (ptrdiff_t)lTargetX * lTargetBytes;
+        lWidth = (xlong)x.llCount;
+        lHeight = (xlong)y.llCount;
+        lSourcePitch = source.lPitch;
+        lTargetPitch = target.lPitch;
+        TARVIX_INVARIANT(source.lDepth == FROM * 8 && target.lDepth == TO * 8);
+        pSource = At<FROM>(source, x.llSource, y.llSource);
+        pTarget = At<TO>(target, x.llTarget, y.llTarget);
         return true;
+    }
+
+    template <int BYTES>
+    static unsigned char *At(const TPixelBlock &block, int64_t llX, int64_t llY)
+    {
+        return block.pData + (ptrdiff_t)llY * block.lPitch + (ptrdiff_t)llX * BYTES;
     }
 
     // Whether a table of all 256 colours pays for itself.
@@ -54,6 +117,7 @@ struct TArea : TRows
 template <class TFunction>
 void ForRows(TRows &area, TFunction function)
 {
+    TARVIX_INVARIANT(area.lWidth > 0 && area.lHeight > 0);
     for (xlong lLeft = area.lHeight; lLeft > 0; lLeft -= CALLBACK_ROWS)
     {
         LoadDataTurn();
@@ -76,9 +140,9 @@ void ForEachRow(TRows &area, TFunction function)
             });
 }
 
-void SetKey(TRowCall &call, const unsigned char *pBlock, xlong lBytes)
+void SetKey(TRowCall &call, const TPixelBlock &source, xlong lBytes)
 {
-    memcpy(call.aucKey, pBlock, (size_t)lBytes);
+    memcpy(call.aucKey, source.pData, (size_t)lBytes);
 }
 
 TRowFunction PickRows(TRowKind kind, bool bTransparent, bool bFast, const TRowCall &call)
@@ -105,10 +169,12 @@ void CopyRows(TRows &area, xlong lBytes)
     // A call for each of a sprite's rows would cost more than the row.
     const bool bShort = ulBytes >= 16 && ulBytes <= 256;
     area.lWidth = (xlong)ulBytes;
-    RunRows(area, ROW_BYTES, 0, bShort, TRowCall());
+    TRowCall call; // of which this kind uses nothing
+    call.pusMap = nullptr;
+    RunRows(area, ROW_BYTES, 0, bShort, call);
 }
 
-void RunSame(TArea &area, TRowKind kind, xlong lBytes, xlong lTransparent, const unsigned char *pBlock)
+void RunSame(TArea &area, TRowKind kind, xlong lBytes, xlong lTransparent, const TPixelBlock &source)
 {
     if (lTransparent != 1)
     {
@@ -116,7 +182,7 @@ void RunSame(TArea &area, TRowKind kind, xlong lBytes, xlong lTransparent, const
         return;
     }
     TRowCall call;
-    SetKey(call, pBlock, lBytes);
+    SetKey(call, source, lBytes);
     RunRows(area, kind, 1, true, call);
 }
 
@@ -199,52 +265,13 @@ const unsigned char *ColourCube(const CPalette &palette)
     }
     return glb->m_pColourIndexMap;
 }
-
-// One axis of the clipping.
-struct TSpan
-{
-    bool ClipTo(int64_t llFirst, int64_t llLast, int64_t &llFrom, int64_t &llTo) const
-    {
-        // llFrom is limited to the span, and llTo goes along.
-        if (llFrom + llCount - 1 < llFirst || llFrom > llLast)
-            return false;
-        if (llFrom < llFirst)
-        {
-            llTo += llFirst - llFrom;
-            llFrom = llFirst;
-        }
-        return true;
-    }
-
-    bool Clip(xlong lSourceFirst, xlong lSourceLast, xlong lTargetFirst, xlong lTargetLast)
-    {
-        // Most areas lie inside both.
-        if (llCount > 0 && llSource >= lSourceFirst && llSource + llCount - 1 <= lSourceLast &&
-            llTarget >= lTargetFirst && llTarget + llCount - 1 <= lTargetLast)
-            return true;
-        const int64_t llSourceEnd = llSource + llCount - 1;
-        if (!ClipTo(lSourceFirst, lSourceLast, llSource, llTarget))
-            return false;
-        llCount = std::min(llSourceEnd, (int64_t)lSourceLast) - llSource + 1;
-        const int64_t llTargetEnd = llTarget + llCount - 1;
-        if (!ClipTo(lTargetFirst, lTargetLast, llTarget, llSource))
-            return false;
-        llCount = std::min(llTargetEnd, (int64_t)lTargetLast) - llTarget + 1;
-        return llCount > 0;
-    }
-
-    int64_t llSource;
-    int64_t llTarget;
-    int64_t llCount;
-};
 } // namespace
 
 xlong ClipAreas(xlong *plSourceX, xlong *plSourceY, xlong *plWidth, xlong *plHeight, const CRect *pSourceClip,
                 xlong *plTargetX, xlong *plTargetY, const CRect *pTargetClip)
 {
     TSpan x = { *plSourceX, *plTargetX, *plWidth }, y = { *plSourceY, *plTargetY, *plHeight };
-    if (!x.Clip(pSourceClip->m_lLeft, pSourceClip->m_lRight, pTargetClip->m_lLeft, pTargetClip->m_lRight) ||
-        !y.Clip(pSourceClip->m_lTop, pSourceClip->m_lBottom, pTargetClip->m_lTop, pTargetClip->m_lBottom))
+    if (!ClipSpans(x, y, *pSourceClip, *pTargetClip))
         return 0;
     *plSourceX = (xlong)x.llSource;
     *plTargetX = (xlong)x.llTarget;
@@ -255,152 +282,119 @@ xlong ClipAreas(xlong *plSourceX, xlong *plSourceY, xlong *plWidth, xlong *plHei
     return 1;
 }
 
-xlong Convert8To8(const unsigned char *pSource, xlong lSourcePitch, xlong lSourceX, xlong lSourceY, xlong lWidth,
-                  xlong lHeight, const CRect *pSourceClip, xlong lTransparent, unsigned char *pTarget,
-                  xlong lTargetPitch, xlong lTargetX, xlong lTargetY, const CRect *pTargetClip)
+xlong Convert8To8(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!area.Clip(pSource, lSourcePitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, 1, pTarget, lTargetPitch,
-                   lTargetX, lTargetY, pTargetClip, 1))
+    if (!area.Clip<1, 1>(source, target, copy))
         return 0;
-    RunSame(area, ROW_SAME8, 1, lTransparent, pSource);
+    RunSame(area, ROW_SAME8, 1, copy.lTransparent, source);
     return 1;
 }
 
-xlong Convert8To16(const unsigned char *pSource, xlong lSourcePitch, xlong lSourceX, xlong lSourceY, xlong lWidth,
-                   xlong lHeight, const CPalette *pPalette, const CRect *pSourceClip, xlong lTransparent,
-                   unsigned char *pTarget, xlong lTargetPitch, xlong lTargetX, xlong lTargetY,
-                   const TPixelFormat &fmtTarget, const CRect *pTargetClip)
+xlong Convert8To16(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!pPalette || !area.Clip(pSource, lSourcePitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, 1, pTarget,
-                                lTargetPitch, lTargetX, lTargetY, pTargetClip, 2))
+    if (!source.pPalette || !area.Clip<1, 2>(source, target, copy))
         return 0;
-    TRowCall call = { .target16 = TFormat16(fmtTarget), .pColours = pPalette->m_Colors };
-    SetKey(call, pSource, 1);
+    TRowCall call = { .target16 = TFormat16(target.format), .pColours = source.pPalette->m_Colors };
+    SetKey(call, source, 1);
     const bool bMap = glb && area.IsLarge();
     if (bMap)
     {
-        TRows colours = {
-            (const unsigned char *)pPalette->m_Colors, 0, (unsigned char *)glb->m_ausPixelMap, 0, 256, 1
-        };
+        TRows colours = { (const unsigned char *)call.pColours, 0, (unsigned char *)glb->m_ausPixelMap, 0, 256, 1 };
         PickRows(ROW_COLOURS, false, true, call)(colours, call);
         call.pusMap = glb->m_ausPixelMap;
     }
-    RunRows(area, bMap ? ROW_8TO16_MAP : ROW_8TO16, lTransparent, true, call);
+    RunRows(area, bMap ? ROW_8TO16_MAP : ROW_8TO16, copy.lTransparent, true, call);
     return 1;
 }
 
-xlong Convert8To24(const unsigned char *pSource, xlong lSourcePitch, xlong lSourceX, xlong lSourceY, xlong lWidth,
-                   xlong lHeight, const CPalette *pPalette, const CRect *pSourceClip, xlong lTransparent,
-                   unsigned char *pTarget, xlong lTargetPitch, xlong lTargetX, xlong lTargetY,
-                   const TPixelFormat &fmtTarget, const CRect *pTargetClip)
+xlong Convert8To24(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!pPalette || !area.Clip(pSource, lSourcePitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, 1, pTarget,
-                                lTargetPitch, lTargetX, lTargetY, pTargetClip, 3))
+    if (!source.pPalette || !area.Clip<1, 3>(source, target, copy))
         return 0;
-    TRowCall call = { .target24 = TFormat24(fmtTarget), .pColours = pPalette->m_Colors };
-    SetKey(call, pSource, 1);
-    RunRows(area, ROW_8TO24, lTransparent, call.target24.IsComplete(), call);
+    TRowCall call = { .target24 = TFormat24(target.format), .pColours = source.pPalette->m_Colors };
+    SetKey(call, source, 1);
+    RunRows(area, ROW_8TO24, copy.lTransparent, call.target24.IsComplete(), call);
     return 1;
 }
 
-xlong Convert16To16(const unsigned char *pSource, xlong lSourcePitch, xlong lSourceX, xlong lSourceY, xlong lWidth,
-                    xlong lHeight, const TPixelFormat &fmtSource, const CRect *pSourceClip, xlong lTransparent,
-                    unsigned char *pTarget, xlong lTargetPitch, xlong lTargetX, xlong lTargetY,
-                    const TPixelFormat &fmtTarget, const CRect *pTargetClip)
+xlong Convert16To16(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!area.Clip(pSource, lSourcePitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, 2, pTarget, lTargetPitch,
-                   lTargetX, lTargetY, pTargetClip, 2))
+    if (!area.Clip<2, 2>(source, target, copy))
         return 0;
-    if (fmtSource == fmtTarget)
+    if (source.format == target.format)
     {
-        RunSame(area, ROW_SAME16, 2, lTransparent, pSource);
+        RunSame(area, ROW_SAME16, 2, copy.lTransparent, source);
         return 1;
     }
-    const TFormat16 from(fmtSource), to(fmtTarget);
+    const TFormat16 from(source.format), to(target.format);
     TRowCall call;
     call.aMoves[0] = MoveOf(from.red, to.red);
     call.aMoves[1] = MoveOf(from.green, to.green);
     call.aMoves[2] = MoveOf(from.blue, to.blue);
-    SetKey(call, pSource, 2);
-    RunRows(area, ROW_16TO16, lTransparent, true, call);
+    SetKey(call, source, 2);
+    RunRows(area, ROW_16TO16, copy.lTransparent, true, call);
     return 1;
 }
 
-xlong Convert16To24(const unsigned char *pSource, xlong lSourcePitch, xlong lSourceX, xlong lSourceY, xlong lWidth,
-                    xlong lHeight, const TPixelFormat &fmtSource, const CRect *pSourceClip, xlong lTransparent,
-                    unsigned char *pTarget, xlong lTargetPitch, xlong lTargetX, xlong lTargetY,
-                    const TPixelFormat &fmtTarget, const CRect *pTargetClip)
+xlong Convert16To24(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!area.Clip(pSource, lSourcePitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, 2, pTarget, lTargetPitch,
-                   lTargetX, lTargetY, pTargetClip, 3))
+    if (!area.Clip<2, 3>(source, target, copy))
         return 0;
-    TRowCall call = { .source16 = TFormat16(fmtSource), .target24 = TFormat24(fmtTarget) };
-    SetKey(call, pSource, 2);
-    RunRows(area, ROW_16TO24, lTransparent, call.target24.IsComplete(), call);
+    TRowCall call = { .source16 = TFormat16(source.format), .target24 = TFormat24(target.format) };
+    SetKey(call, source, 2);
+    RunRows(area, ROW_16TO24, copy.lTransparent, call.target24.IsComplete(), call);
     return 1;
 }
 
-xlong Convert24To24(const unsigned char *pSource, xlong lSourcePitch, xlong lSourceX, xlong lSourceY, xlong lWidth,
-                    xlong lHeight, const TPixelFormat &fmtSource, const CRect *pSourceClip, xlong lTransparent,
-                    unsigned char *pTarget, xlong lTargetPitch, xlong lTargetX, xlong lTargetY,
-                    const TPixelFormat &fmtTarget, const CRect *pTargetClip)
+xlong Convert24To24(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!area.Clip(pSource, lSourcePitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, 3, pTarget, lTargetPitch,
-                   lTargetX, lTargetY, pTargetClip, 3))
+    if (!area.Clip<3, 3>(source, target, copy))
         return 0;
-    if (fmtSource == fmtTarget)
+    if (source.format == target.format)
     {
-        RunSame(area, ROW_SAME24, 3, lTransparent, pSource);
+        RunSame(area, ROW_SAME24, 3, copy.lTransparent, source);
         return 1;
     }
-    TRowCall call = { .source24 = TFormat24(fmtSource), .target24 = TFormat24(fmtTarget) };
-    SetKey(call, pSource, 3);
-    RunRows(area, ROW_24TO24, lTransparent, call.target24.IsComplete(), call);
+    TRowCall call = { .source24 = TFormat24(source.format), .target24 = TFormat24(target.format) };
+    SetKey(call, source, 3);
+    RunRows(area, ROW_24TO24, copy.lTransparent, call.target24.IsComplete(), call);
     return 1;
 }
 
-xlong Convert24To16(const unsigned char *pSource, xlong lSourcePitch, xlong lSourceX, xlong lSourceY, xlong lWidth,
-                    xlong lHeight, const TPixelFormat &fmtSource, const CRect *pSourceClip, xlong lTransparent,
-                    xlong lDither, unsigned char *pTarget, xlong lTargetPitch, xlong lTargetX, xlong lTargetY,
-                    const TPixelFormat &fmtTarget, const CRect *pTargetClip)
+xlong Convert24To16(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!area.Clip(pSource, lSourcePitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, 3, pTarget, lTargetPitch,
-                   lTargetX, lTargetY, pTargetClip, 2))
+    if (!area.Clip<3, 2>(source, target, copy))
         return 0;
-    TRowCall call = { .target16 = TFormat16(fmtTarget), .source24 = TFormat24(fmtSource) };
-    SetKey(call, pSource, 3);
-    RunRows(area, lDither && lTransparent != 1 ? ROW_DITHER : ROW_24TO16, lTransparent, true, call);
+    TRowCall call = { .target16 = TFormat16(target.format), .source24 = TFormat24(source.format) };
+    SetKey(call, source, 3);
+    RunRows(area, copy.lDither && copy.lTransparent != 1 ? ROW_DITHER : ROW_24TO16, copy.lTransparent, true, call);
     return 1;
 }
 
-xlong Convert24To8(const unsigned char *pSource, xlong lSourcePitch, xlong lSourceX, xlong lSourceY, xlong lWidth,
-                   xlong lHeight, const TPixelFormat &fmtSource, const CRect *pSourceClip, xlong lTransparent,
-                   unsigned char *pTarget, xlong lTargetPitch, xlong lTargetX, xlong lTargetY, const CPalette *pPalette,
-                   const CRect *pTargetClip)
+xlong Convert24To8(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!pPalette || !area.Clip(pSource, lSourcePitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, 3, pTarget,
-                                lTargetPitch, lTargetX, lTargetY, pTargetClip, 1))
+    if (!target.pPalette || !area.Clip<3, 1>(source, target, copy))
         return 0;
-    CPaletteSearch search(*pPalette);
-    const TFormat24 from(fmtSource);
+    CPaletteSearch search(*target.pPalette);
+    const TFormat24 from(source.format);
+    const auto Find = [&](const unsigned char *p)
+    { return search.Find(p[from.ucRed], p[from.ucGreen], p[from.ucBlue]); };
     // No index equals 256.
-    const xlong lKey =
-        lTransparent == 1 ? search.Find(pSource[from.ucRed], pSource[from.ucGreen], pSource[from.ucBlue]) : 256;
+    const xlong lKey = copy.lTransparent == 1 ? Find(source.pData) : 256;
     ForEachRow(area,
                [&, lKey](const unsigned char *pFrom, unsigned char *pTo)
                {
                    for (xlong x = 0; x < area.lWidth; ++x, pFrom += 3)
                    {
-                       const unsigned char ucIndex =
-                           search.Find(pFrom[from.ucRed], pFrom[from.ucGreen], pFrom[from.ucBlue]);
+                       const unsigned char ucIndex = Find(pFrom);
                        if (ucIndex != lKey)
                            pTo[x] = ucIndex;
                    }
@@ -408,19 +402,15 @@ xlong Convert24To8(const unsigned char *pSource, xlong lSourcePitch, xlong lSour
     return 1;
 }
 
-xlong Convert16To8(const unsigned char *pSource, xlong lSourcePitch, xlong lSourceX, xlong lSourceY, xlong lWidth,
-                   xlong lHeight, const CRect *pSourceClip, xlong lTransparent, unsigned char *pTarget,
-                   xlong lTargetPitch, xlong lTargetX, xlong lTargetY, const CPalette *pPalette,
-                   const CRect *pTargetClip)
+xlong Convert16To8(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!pPalette || !area.Clip(pSource, lSourcePitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, 2, pTarget,
-                                lTargetPitch, lTargetX, lTargetY, pTargetClip, 1))
+    if (!target.pPalette || !area.Clip<2, 1>(source, target, copy))
         return 0;
-    const unsigned char *pCube = ColourCube(*pPalette);
+    const unsigned char *pCube = ColourCube(*target.pPalette);
     if (!pCube)
         return 0;
-    if (lTransparent != 1)
+    if (copy.lTransparent != 1)
     {
         ForEachRow(area,
                    [&](const unsigned char *pFrom, unsigned char *pTo)
@@ -431,8 +421,7 @@ xlong Convert16To8(const unsigned char *pSource, xlong lSourcePitch, xlong lSour
         return 1;
     }
     // The step of four pixels leaves the row, and must not leave the block.
-    const unsigned char *pEnd =
-        pSource + (ptrdiff_t)pSourceClip->m_lBottom * lSourcePitch + ((ptrdiff_t)pSourceClip->m_lRight + 1) * 2;
+    const unsigned char *pEnd = TArea::At<2>(source, source.pClip->m_lRight + 1, source.pClip->m_lBottom);
     ForEachRow(area,
                [&](const unsigned char *pFrom, unsigned char *pTo)
                {
@@ -446,26 +435,22 @@ xlong Convert16To8(const unsigned char *pSource, xlong lSourcePitch, xlong lSour
     return 1;
 }
 
-xlong KeepKeyNone()
+xlong KeepKeyNone(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     LoadDataTurn();
     return 1;
 }
 
-xlong KeepKey16(const unsigned char *pSource, xlong lSourcePitch, xlong lSourceX, xlong lSourceY, xlong lWidth,
-                xlong lHeight, const TPixelFormat &fmtSource, const CRect *pSourceClip, unsigned char *pTarget,
-                xlong lTargetPitch, xlong lTargetX, xlong lTargetY, const TPixelFormat &fmtTarget,
-                const CRect *pTargetClip)
+xlong KeepKey16(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!area.Clip(pSource, lSourcePitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, 3, pTarget, lTargetPitch,
-                   lTargetX, lTargetY, pTargetClip, 2))
+    if (!area.Clip<3, 2>(source, target, copy))
         return 0;
-    const TFormat16 to(fmtTarget);
+    const TFormat16 to(target.format);
     TRGBA key;
-    TFormat24(fmtSource).Get(pSource, key);
+    TFormat24(source.format).Get(source.pData, key);
     TRowCall call;
-    SetKey(call, pSource, 3);
+    SetKey(call, source, 3);
     call.usKeyWord = to.Pack(key);
     const xulong ulBlue = (xulong)key.ucBlue >> (8 - to.blue.ucBits);
     call.usOtherWord = (unsigned short)(to.red.Pack(key.ucRed) | to.green.Pack(key.ucGreen) |
@@ -474,69 +459,60 @@ xlong KeepKey16(const unsigned char *pSource, xlong lSourcePitch, xlong lSourceX
     return 1;
 }
 
-xlong KeepKey8(const unsigned char *pSource, xlong lSourcePitch, xlong lSourceX, xlong lSourceY, xlong lWidth,
-               xlong lHeight, const TPixelFormat &fmtSource, const CRect *pSourceClip, unsigned char *pTarget,
-               xlong lTargetPitch, xlong lTargetX, xlong lTargetY, const CPalette *pPalette, const CRect *pTargetClip)
+xlong KeepKey8(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
 {
     TArea area;
-    if (!pPalette || !area.Clip(pSource, lSourcePitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, 3, pTarget,
-                                lTargetPitch, lTargetX, lTargetY, pTargetClip, 1))
+    if (!target.pPalette || !area.Clip<3, 1>(source, target, copy))
         return 0;
     TRGBA key;
-    TFormat24(fmtSource).Get(pSource, key);
-    const unsigned char ucKey = (unsigned char)pPalette->FindMatch(&key);
-    const unsigned char ucOther = (unsigned char)pPalette->FindSecondBest(&key);
+    TFormat24(source.format).Get(source.pData, key);
+    const unsigned char *pKey = source.pData;
+    const unsigned char ucKey = (unsigned char)target.pPalette->FindMatch(&key);
+    const unsigned char ucOther = (unsigned char)target.pPalette->FindSecondBest(&key);
     ForEachRow(area,
                [&](const unsigned char *pFrom, unsigned char *pTo)
                {
                    for (xlong x = 0; x < area.lWidth; ++x, pFrom += 3)
                    {
-                       const bool bKey = pFrom[0] == pSource[0] && pFrom[1] == pSource[1] && pFrom[2] == pSource[2];
+                       const bool bKey = pFrom[0] == pKey[0] && pFrom[1] == pKey[1] && pFrom[2] == pKey[2];
                        pTo[x] = bKey ? ucKey : pTo[x] == ucKey ? ucOther : pTo[x];
                    }
                });
     return 1;
 }
 
-void CopyArea(const TPixelBlock &target, const CBitmapBase &source, xlong lSourceX, xlong lSourceY, xlong lTargetX,
-              xlong lTargetY, xlong lWidth, xlong lHeight, xlong lTransparent, xlong lDither)
+namespace
 {
-    // A depth can be any number that a file holds.
-    if (!target.pData || !source.m_pData || ((target.lDepth | source.m_lDepth) & ~0xff))
-        return;
-    const CRect *pSourceClip = &source.m_rcClip;
-    const unsigned char *pFrom = source.m_pData;
-    const xlong lFromPitch = source.m_lPitch;
-    switch (target.lDepth << 8 | source.m_lDepth)
-    {
-    case 8 << 8 | 8:
-        Convert8To8(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, pSourceClip, lTransparent, target.pData,
-                    target.lPitch, lTargetX, lTargetY, target.pClip);
-        break;
-    case 16 << 8 | 8:
-        Convert8To16(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, source.m_pPalette, pSourceClip,
-                     lTransparent, target.pData, target.lPitch, lTargetX, lTargetY, target.format, target.pClip);
-        break;
-    case 24 << 8 | 8:
-        Convert8To24(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, source.m_pPalette, pSourceClip,
-                     lTransparent, target.pData, target.lPitch, lTargetX, lTargetY, target.format, target.pClip);
-        break;
-    case 16 << 8 | 16:
-        Convert16To16(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(source), pSourceClip,
-                      lTransparent, target.pData, target.lPitch, lTargetX, lTargetY, target.format, target.pClip);
-        break;
-    case 24 << 8 | 16:
-        Convert16To24(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(source), pSourceClip,
-                      lTransparent, target.pData, target.lPitch, lTargetX, lTargetY, target.format, target.pClip);
-        break;
-    case 16 << 8 | 24:
-        Convert24To16(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(source), pSourceClip,
-                      lTransparent, lDither, target.pData, target.lPitch, lTargetX, lTargetY, target.format,
-                      target.pClip);
-        break;
-    case 24 << 8 | 24:
-        Convert24To24(pFrom, lFromPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(source), pSourceClip,
-                      lTransparent, target.pData, target.lPitch, lTargetX, lTargetY, target.format, target.pClip);
-        break;
-    }
+// By the bytes of a pixel, from and to.
+const TKernelPair s_aPairs[4][4] = {
+    {},
+    { {},
+      { Convert8To8, KeepKeyNone, true },
+      { Convert8To16, KeepKeyNone, true },
+      { Convert8To24, KeepKeyNone, true } },
+    { {},
+      { Convert16To8, KeepKeyNone, false },
+      { Convert16To16, KeepKeyNone, true },
+      { Convert16To24, KeepKeyNone, true } },
+    { {}, { Convert24To8, KeepKey8, false }, { Convert24To16, KeepKey16, true }, { Convert24To24, KeepKeyNone, true } },
+};
+
+// A depth can be any number that a file holds.
+inline const TKernelPair &PairOf(xlong lFrom, xlong lTo)
+{
+    return (lFrom | lTo) & ~24 ? s_aPairs[0][0] : s_aPairs[(xulong)lFrom >> 3][(xulong)lTo >> 3];
+}
+} // namespace
+
+const TKernelPair *FindKernels(xlong lFrom, xlong lTo)
+{
+    const TKernelPair &pair = PairOf(lFrom, lTo);
+    return pair.pfnConvert ? &pair : nullptr;
+}
+
+void CopyArea(const TPixelBlock &source, const TPixelBlock &target, const TCopy &copy)
+{
+    const TKernelPair &pair = PairOf(source.lDepth, target.lDepth);
+    if (pair.bCopies && source.pData && target.pData)
+        pair.pfnConvert(source, target, copy);
 }

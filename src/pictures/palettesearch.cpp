@@ -30,7 +30,6 @@ xulong SearchPlain(const TRGBA *pColours, xlong lFirst, xlong lLast, const TRGBA
     return ulBest;
 }
 
-#ifdef TARVIX_SSE2
 struct TIndices
 {
     constexpr TIndices() : an()
@@ -114,16 +113,13 @@ struct TVec
 #include "pictures/palettesearch.inl"
 #undef SEARCH_TARGET
 } // namespace wide
-#endif
 
 template <bool SECOND>
 inline xulong SearchRange(const TRGBA *pColours, xlong lFirst, xlong lLast, const TRGBA &colour, xulong &ulSecond)
 {
-#ifdef TARVIX_SSE2
     if (lLast - lFirst >= wide::TVec::LANES)
         return HasAvx2() ? wide::SearchEntries<SECOND>(pColours, lFirst, lLast, colour, ulSecond)
                          : base::SearchEntries<SECOND>(pColours, lFirst, lLast, colour, ulSecond);
-#endif
     return SearchPlain(pColours, lFirst, lLast, colour, ulSecond);
 }
 } // namespace
@@ -143,11 +139,7 @@ xlong FindSecondNearest(const TRGBA *pColours, xlong lFirst, xlong lLast, const 
 
 CPaletteSearch::CPaletteSearch(const CPalette &palette)
     : m_lFirst(palette.m_ucFirst), m_lGroups(std::max(0, (palette.m_ucLast - palette.m_ucFirst + 15) / 16 * 2)),
-#ifdef TARVIX_SSE2
       m_bWide(HasAvx2())
-#else
-      m_bWide(false)
-#endif
 {
     // An empty slot matches white alone, which is always searched.
     memset(m_aulCache, 0xff, sizeof m_aulCache);
@@ -170,15 +162,6 @@ xulong CPaletteSearch::Search(xulong ulRed, xulong ulGreen, xulong ulBlue) const
 {
     if (!m_lGroups)
         return (xulong)m_lFirst;
-#ifdef TARVIX_SSE2
     return m_bWide ? wide::SearchPrepared(m_asRedGreen, m_asBlue, m_anSquares, m_lGroups * 8, ulRed, ulGreen, ulBlue)
                    : base::SearchPrepared(m_asRedGreen, m_asBlue, m_anSquares, m_lGroups * 8, ulRed, ulGreen, ulBlue);
-#else
-    int nBest = INT_MAX;
-    for (xlong i = 0; i < m_lGroups * 8; ++i)
-        nBest = std::min(nBest,
-                         m_anSquares[i] - (int)(128 * (ulRed * m_asRedGreen[2 * i] + ulGreen * m_asRedGreen[2 * i + 1] +
-                                                       ulBlue * m_asBlue[2 * i])));
-    return (xulong)nBest & 255;
-#endif
 }

@@ -30,6 +30,16 @@ inline TPixelFormat FormatOf(const CBitmapBase &bitmap)
              bitmap.m_lRedShift, bitmap.m_lGreenShift, bitmap.m_lBlueShift };
 }
 
+inline void SetFormat(CBitmapBase &bitmap, const TPixelFormat &fmt)
+{
+    bitmap.m_lRedBits = fmt.lRedBits;
+    bitmap.m_lGreenBits = fmt.lGreenBits;
+    bitmap.m_lBlueBits = fmt.lBlueBits;
+    bitmap.m_lRedShift = fmt.lRedShift;
+    bitmap.m_lGreenShift = fmt.lGreenShift;
+    bitmap.m_lBlueShift = fmt.lBlueShift;
+}
+
 /// A 16-bit channel with bits from 0 to 8 and shift from 0 to 15.
 struct TChannel16
 {

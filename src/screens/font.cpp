@@ -1,5 +1,6 @@
 #include "tarvix/font.h"
 
+#include "pictures/bitmapblock.h"
 #include "screens/screenbitmap.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
@@ -22,11 +23,13 @@ struct TTxtData
     xlong lMaxLines;       ///< 0 for all
     xlong lLines;
     xlong lLineStart, lLineEnd;
-    xlong lEnd;        ///< index in the text
+    xlong lPos;        ///< index in the text
+    xlong lEnd;        ///< index that the walk tells as its end
     xlong lLineWidth;  ///< of the present line
     xlong lWordsWidth; ///< the same at the end of its last word
     xlong lMostWidth;
-    bool bAll; ///< the text's end was reached
+    bool bAll;            ///< the text's end was reached
+    xlong lBrokenAt = -1; ///< index of the word that the last break is before
 };
 
 namespace
@@ -60,11 +63,6 @@ TFontColor *FindColor(CLList &list, const TRGBA &Color)
 const SVmode *ActiveMode()
 {
     return glb->m_pScreen ? glb->m_pScreen->GetActiveMode() : nullptr;
-}
-
-void ClipToAll(CBitmap *pBitmap)
-{
-    pBitmap->m_rcClip.Set(0, 0, pBitmap->m_lWidth - 1, pBitmap->m_lHeight - 1);
 }
 
 xlong ToScreen(CBitmap *pBitmap)
@@ -354,7 +352,7 @@ xlong CFont::ReadFile(CXIFF &file, CPicType *pType)
         return xError(XERR_MEMORY);
     if (!pType->Load(&file, m_pFontBitmap, nullptr))
         return xErrorTxt(pType->GetError());
-    ClipToAll(m_pFontBitmap);
+    ClipToAll(*m_pFontBitmap);
     return 1;
 }
 
@@ -365,108 +363,124 @@ xlong CFont::MakeScreenBitmap()
         return xError(XERR_MEMORY);
     if (!CreateForScreen(m_pScreenBitmap, m_pFontBitmap->m_lWidth, m_pFontBitmap->m_lHeight))
         return 0;
-    ClipToAll(m_pScreenBitmap);
+    ClipToAll(*m_pScreenBitmap);
     m_pScreenBitmap->Blt(m_pFontBitmap, 0, 0, 0, 0, -1, -1, 0, 0, 0);
     if (ActiveMode() && !glb->m_pScreen->MakeScreenFormat(m_pScreenBitmap, 1))
         return 0;
-    ClipToAll(m_pScreenBitmap);
+    ClipToAll(*m_pScreenBitmap);
     return 1;
 }
 
 void CFont::WriteText(TTxtData &data, xlong lFlags)
 {
-    const bool bSingle = (lFlags & FONT_SINGLELINE) != 0;
-    const bool bNoTrailing = (lFlags & FONT_NOTRAILING) != 0;
-    xlong lPos = 0, lBrokenAt = -1;
-    bool bStop = false;
     StartLine(data, lFlags);
-    while (!bStop)
+    while (PassControls(data, lFlags) && TakeWord(data, lFlags))
     {
-        // Whatever is no glyph. A value from the text is not looked for behind its end.
-        for (; !bStop; ++lPos)
-        {
-            const unsigned char ucCode = data.pszText[lPos];
-            const TChar control = ucCode < CODES ? m_Chars[ucCode] : TChar{ 0, 0, 0, s_ucFromText, 0 };
-            if (!ucCode || control.ucType == FONT_END)
-            {
-                data.bAll = bStop = true;
-                break;
-            }
-            if (control.ucType == FONT_GLYPH)
-                break;
-            xlong lValue = control.ucValue;
-            if (lValue == s_ucFromText && data.pszText[lPos + 1])
-                lValue = data.pszText[++lPos];
-            switch (control.ucType)
-            {
-            case FONT_NEWLINE:
-                data.lMostWidth = std::max(data.lMostWidth, bNoTrailing ? data.lWordsWidth : data.lLineWidth);
-                data.lY += lValue;
-                data.lEnd = lPos + 1;
-                bStop = bSingle || CountLine(data);
-                StartLine(data, lFlags);
-                break;
-            case FONT_UP:
-                data.lY -= lValue;
-                break;
-            case FONT_DOWN:
-                data.lY += lValue;
-                break;
-            case FONT_LEFT:
-                data.lX -= lValue;
-                data.lLineWidth -= lValue;
-                break;
-            case FONT_RIGHT:
-                data.lX += lValue;
-                data.lLineWidth += lValue;
-                break;
-            }
-        }
-        data.lMostWidth = std::max(data.lMostWidth, bNoTrailing ? data.lWordsWidth : data.lLineWidth);
-        if (bStop)
-            break;
-
-        xlong lWord = 0, lEnd = lPos;
-        for (; data.pszText[lEnd] && data.pszText[lEnd] < CODES; ++lEnd)
-        {
-            const TChar &c = m_Chars[data.pszText[lEnd]];
-            if (c.ucType != FONT_GLYPH)
-                break;
-            lWord += c.sWidth + m_sSpacing;
-        }
-        const bool bBeyond = data.lWidth != -1 && data.lX + lWord > data.lLeft + data.lWidth;
-        if (bBeyond && bSingle)
-        {
-            bStop = true;
-            if (bNoTrailing)
-                break;
-        }
-        else if (bBeyond && data.lX != data.lLeft && lPos != lBrokenAt)
-        {
-            // Once for each word: one that is too wide for any line stays where it is.
-            lBrokenAt = lPos;
-            data.lY += m_sLineHeight;
-            data.lEnd = lPos;
-            bStop = CountLine(data);
-            StartLine(data, lFlags);
-            continue;
-        }
-        if (data.lTarget != FONT_TARGET_MEASURE)
-            DrawWord(data, lPos, lEnd, bBeyond);
-        data.lX += lWord;
-        data.lLineWidth += lWord;
-        data.lWordsWidth = data.lLineWidth;
-        if (bBeyond && bSingle)
-            data.lLineWidth = data.lWordsWidth = std::min(data.lLineWidth, data.lWidth);
-        data.lMostWidth = std::max(data.lMostWidth, data.lLineWidth);
-        lPos = lEnd;
     }
     // A walk that a line count has ended stands where the next line starts.
     if (!data.lMaxLines || data.lLines < data.lMaxLines)
     {
-        data.lEnd = lPos;
-        data.lLineEnd = lPos;
+        data.lEnd = data.lPos;
+        data.lLineEnd = data.lPos;
     }
+}
+
+// Takes all that is no glyph. A value from the text is not looked for behind its end.
+// @return false when the walk ends here
+bool CFont::PassControls(TTxtData &data, xlong lFlags)
+{
+    bool bGoOn = true;
+    for (; bGoOn; ++data.lPos)
+    {
+        const unsigned char ucCode = data.pszText[data.lPos];
+        const TChar control = ucCode < CODES ? m_Chars[ucCode] : TChar{ 0, 0, 0, s_ucFromText, 0 };
+        if (!ucCode || control.ucType == FONT_END)
+        {
+            data.bAll = true;
+            bGoOn = false;
+            break;
+        }
+        if (control.ucType == FONT_GLYPH)
+            break;
+        xlong lValue = control.ucValue;
+        if (lValue == s_ucFromText && data.pszText[data.lPos + 1])
+            lValue = data.pszText[++data.lPos];
+        bGoOn = TakeControl(data, control.ucType, lValue, lFlags);
+    }
+    NoteWidth(data, lFlags);
+    return bGoOn;
+}
+
+bool CFont::TakeControl(TTxtData &data, unsigned char ucType, xlong lValue, xlong lFlags)
+{
+    switch (ucType)
+    {
+    case FONT_NEWLINE:
+        NoteWidth(data, lFlags);
+        return NextLine(data, lValue, data.lPos + 1, lFlags);
+    case FONT_UP:
+        data.lY -= lValue;
+        break;
+    case FONT_DOWN:
+        data.lY += lValue;
+        break;
+    case FONT_LEFT:
+        data.lX -= lValue;
+        data.lLineWidth -= lValue;
+        break;
+    case FONT_RIGHT:
+        data.lX += lValue;
+        data.lLineWidth += lValue;
+        break;
+    }
+    return true;
+}
+
+// The word at the walk's place, or a line break before it.
+// @return false when the walk ends here
+bool CFont::TakeWord(TTxtData &data, xlong lFlags)
+{
+    const bool bSingle = (lFlags & FONT_SINGLELINE) != 0;
+    xlong lEnd;
+    const xlong lWord = MeasureWord(data, lEnd);
+    const bool bBeyond = data.lWidth != -1 && data.lX + lWord > data.lLeft + data.lWidth;
+    if (bBeyond && bSingle && (lFlags & FONT_NOTRAILING))
+        return false;
+    if (bBeyond && !bSingle && data.lX != data.lLeft && data.lPos != data.lBrokenAt)
+    {
+        // Once for each word: one that is too wide for any line stays where it is.
+        data.lBrokenAt = data.lPos;
+        return NextLine(data, m_sLineHeight, data.lPos, lFlags);
+    }
+    if (data.lTarget != FONT_TARGET_MEASURE)
+        DrawWord(data, data.lPos, lEnd, bBeyond);
+    data.lX += lWord;
+    data.lLineWidth += lWord;
+    data.lWordsWidth = data.lLineWidth;
+    if (bBeyond && bSingle)
+        data.lLineWidth = data.lWordsWidth = std::min(data.lLineWidth, data.lWidth);
+    data.lMostWidth = std::max(data.lMostWidth, data.lLineWidth);
+    data.lPos = lEnd;
+    return !bBeyond || !bSingle;
+}
+
+// The run of glyphs at the walk's place: its width, and the index behind it.
+xlong CFont::MeasureWord(const TTxtData &data, xlong &lEnd) const
+{
+    xlong lWidth = 0;
+    for (lEnd = data.lPos; data.pszText[lEnd] && data.pszText[lEnd] < CODES; ++lEnd)
+    {
+        const TChar &c = m_Chars[data.pszText[lEnd]];
+        if (c.ucType != FONT_GLYPH)
+            break;
+        lWidth += c.sWidth + m_sSpacing;
+    }
+    return lWidth;
+}
+
+void CFont::NoteWidth(TTxtData &data, xlong lFlags)
+{
+    data.lMostWidth = std::max(data.lMostWidth, lFlags & FONT_NOTRAILING ? data.lWordsWidth : data.lLineWidth);
 }
 
 // The glyphs of a word, at the pen. What lies outside the box is cut off.
@@ -510,6 +524,17 @@ void CFont::StartLine(TTxtData &data, xlong lFlags)
     const xlong lWidth = GetTextWidth(pszLine, (short)data.lWidth, (short)data.lHeight, s_lLineFlags);
     if (lWidth)
         data.lX += (data.lWidth - lWidth) / 2;
+}
+
+// Down by lStep, to a line that starts at lStart.
+// @return false when the walk ends here
+bool CFont::NextLine(TTxtData &data, xlong lStep, xlong lStart, xlong lFlags)
+{
+    data.lY += lStep;
+    data.lEnd = lStart;
+    const bool bGoOn = !(lFlags & FONT_SINGLELINE) && !CountLine(data);
+    StartLine(data, lFlags);
+    return bGoOn;
 }
 
 // One line more, which starts at lEnd. @return true when it is the last one wanted

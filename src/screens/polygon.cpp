@@ -173,6 +173,183 @@ void FillDoubled(unsigned char *pBlock, xlong lWidth, xlong lHeight, const unsig
     }
 }
 
+// A textured polygon on its way into a block. Filtered, it is drawn at twice
+// the size into a block of its own; until that is made, places are half pixels
+// from the polygon's corner on.
+struct TRaster
+{
+    TRaster(CScreenBase &theScreen, unsigned char *pBlock, xlong lBlockPitch, xlong lBlockHeight, xlong lPixelBytes)
+        : screen(theScreen), pTarget(pBlock), lPitch(lBlockPitch), lHeight(lBlockHeight), lBytes(lPixelBytes),
+          texture(theScreen.m_pTexture), bAlpha(theScreen.m_bAlphaMode && theScreen.m_pAlpha &&
+                                                theScreen.m_pAlpha->m_pData && theScreen.m_pMode->lDepth != 8),
+          bFilter(theScreen.m_lPolygonFilter && lPixelBytes != 1 && theScreen.m_pMode->lDepth != 8),
+          pfnDrawSpan(FindDrawSpan(lPixelBytes, bAlpha)), lOffsetX(0), lOffsetY(0), lShift(0), pActive(pBlock),
+          lActivePitch(lBlockPitch), pDoubled(nullptr), lDoubledRows(0)
+    {
+    }
+
+    bool IsReady() const
+    {
+        return pTarget && pfnDrawSpan && texture.IsUsable(lBytes) && (!bAlpha || IsShadeReady(lBytes * 8));
+    }
+
+    // @return whether there is a row to draw
+    bool MakeSpans()
+    {
+        xlong lMinX, lMinY, lMaxX, lMaxY;
+        const xlong lAny = bFilter ? screen.MakeFilterDrawList(lOffsetX, lOffsetY, lMinX, lMinY, lMaxX, lMaxY)
+                                   : screen.MakeDrawList(lMinX, lMinY, lMaxX, lMaxY);
+        rcExtent.Set(lMinX, lMinY, lMaxX, lMaxY);
+        return lAny != 0;
+    }
+
+    void TellBounds(CRect &rcBounds) const
+    {
+        rcBounds = rcExtent;
+        if (bFilter)
+            rcBounds.Set((lOffsetX + rcExtent.m_lLeft) / 2, (lOffsetY + rcExtent.m_lTop) / 2,
+                         (lOffsetX + rcExtent.m_lRight) / 2, (lOffsetY + rcExtent.m_lBottom) / 2);
+    }
+
+    // What is left of the extent, and the rows and columns to draw.
+    // @return false for nothing
+    bool Clip(const CRect &rcWanted)
+    {
+        // Never outside the block, whatever clip the caller has.
+        CRect rcBlock;
+        rcClip = rcWanted;
+        rcBlock.Set(0, 0, lPitch / lBytes - 1, lHeight - 1);
+        if (lPitch < lBytes || lHeight < 1 || !rcClip.Intersect(&rcClip, &rcBlock))
+            return false;
+        if (bFilter)
+            MoveToDoubled();
+        xlong lX = rcExtent.m_lLeft, lY = rcExtent.m_lTop;
+        xlong lWidth = rcExtent.m_lRight - lX + 1, lRows = rcExtent.m_lBottom - lY + 1;
+        xlong lUnusedX = lX, lUnusedY = lY;
+        if (!ClipAreas(&lX, &lY, &lWidth, &lRows, &rcExtent, &lUnusedX, &lUnusedY, &rcClip))
+            return false;
+        rcArea.SetXYWH(lX, lY, lWidth, lRows);
+        lFirst = std::max(screen.m_lFirstRow, rcClip.m_lTop);
+        lLast = std::min(screen.m_lLastRow, rcClip.m_lBottom);
+        lLimit = rcClip.m_lRight;
+        return true;
+    }
+
+    // The clip in half pixels; and the spans, so that they begin where the
+    // block of twice the size is going to begin.
+    void MoveToDoubled()
+    {
+        rcClip.Set(rcClip.m_lLeft * 2 - lOffsetX, rcClip.m_lTop * 2 - lOffsetY, rcClip.m_lRight * 2 - lOffsetX,
+                   rcClip.m_lBottom * 2 - lOffsetY);
+        lShift = Even(std::max<xlong>(rcClip.m_lLeft - rcExtent.m_lLeft, 0) + 1);
+        for (xlong lRow = screen.m_lFirstRow; lRow <= screen.m_lLastRow; ++lRow)
+        {
+            screen.m_lLeftX[lRow] -= lShift;
+            screen.m_lRightX[lRow] -= lShift;
+        }
+    }
+
+    // The block of twice the size, with what the target holds there. From here
+    // on the area counts pixels.
+    bool MakeDoubled()
+    {
+        const xlong lDoubledWidth = Even(rcArea.m_lRight) - Even(rcArea.m_lLeft) + 2;
+        lDoubledRows = Even(rcArea.m_lBottom) - Even(rcArea.m_lTop) + 2;
+        const size_t ulBytes = (size_t)lDoubledWidth * lDoubledRows * lBytes;
+        pDoubled = ulBytes < 0x3fffffff ? XNEW(unsigned char[ulBytes]) : nullptr;
+        if (!pDoubled)
+            return false;
+        rcArea.SetXYWH((rcArea.m_lLeft + lOffsetX) / 2, (rcArea.m_lTop + lOffsetY) / 2, lDoubledWidth / 2,
+                       lDoubledRows / 2);
+        memset(pDoubled, 0, ulBytes);
+        (lBytes == 2 ? FillDoubled<2> : FillDoubled<3>)(pDoubled, lDoubledWidth, lDoubledRows, pTarget, lPitch, lHeight,
+                                                        rcArea.m_lLeft, rcArea.m_lTop);
+        pActive = pDoubled;
+        lActivePitch = lDoubledWidth * lBytes;
+        lFirst = (lFirst + 1) & ~1;
+        lLast = std::min(lLast, lFirst + lDoubledRows - 1);
+        lLimit = std::min(rcClip.m_lRight - lShift, lDoubledWidth - 1);
+        return true;
+    }
+
+    void DrawRow(xlong lRow) const
+    {
+        TSpan span;
+        if (MakeSpan(lRow, span))
+            pfnDrawSpan(pActive + (ptrdiff_t)(bFilter ? lRow - lFirst : lRow) * lActivePitch, span, texture,
+                        AlphaOf(lRow));
+    }
+
+    // A row's span in bytes, cut to the clip. @return whether any of it is left
+    bool MakeSpan(xlong lRow, TSpan &span) const
+    {
+        span.lLeft = screen.m_lLeftX[lRow] *= lBytes;
+        span.lRight = screen.m_lRightX[lRow] *= lBytes;
+        span.lU = screen.m_lLeftU[lRow];
+        span.lV = screen.m_lLeftV[lRow];
+        if (!bFilter && IsBeside(span))
+            return false;
+        xlong lSpan = span.lRight - span.lLeft;
+        if (lSpan < 1)
+            lSpan = 2 * lBytes;
+        const xlong lSteps = lSpan / lBytes;
+        span.lUStep = (screen.m_lRightU[lRow] - span.lU) / lSteps;
+        span.lVStep = (screen.m_lRightV[lRow] - span.lV) / lSteps;
+
+        const xlong lStart = bFilter ? 0 : rcClip.m_lLeft * lBytes;
+        if (span.lLeft < lStart)
+        {
+            const xlong lCut = (lStart - span.lLeft) / lBytes;
+            span.lU += lCut * span.lUStep;
+            span.lV += lCut * span.lVStep;
+            span.lLeft = lStart;
+        }
+        if (bFilter && IsBeside(span))
+            return false;
+        span.lRight = std::min(span.lRight, lLimit * lBytes);
+        return span.lLeft <= span.lRight;
+    }
+
+    bool IsBeside(const TSpan &span) const { return span.lRight < 0 || span.lLeft > lActivePitch; }
+
+    // Rows are counted with the target's bytes here, not with the alpha buffer's.
+    TAlphaRow AlphaOf(xlong lRow) const
+    {
+        if (!bAlpha)
+            return { nullptr, 0, 0, 1 };
+        const CBitmap &alpha = *screen.m_pAlpha;
+        const size_t ulSize = (size_t)alpha.m_lPitch * alpha.m_lHeight;
+        if (!bFilter)
+            return { alpha.m_pData, ulSize, (long long)lRow * lPitch, lBytes };
+        return { alpha.m_pData, ulSize, (long long)((lRow - lFirst) / 2 + rcArea.m_lTop) * lPitch + rcArea.m_lLeft,
+                 2 * lBytes };
+    }
+
+    CScreenBase &screen;
+    unsigned char *pTarget;
+    xlong lPitch;
+    xlong lHeight;
+    xlong lBytes; // of a pixel
+    TTexture texture;
+    bool bAlpha;
+    bool bFilter;
+    TDrawSpan pfnDrawSpan;
+
+    xlong lOffsetX; // the polygon's corner in half pixels, filtered alone
+    xlong lOffsetY;
+    CRect rcExtent; // of the polygon
+    CRect rcClip;
+    xlong lShift; // columns that the spans were moved by
+    CRect rcArea; // what is left of the extent
+    xlong lFirst; // rows
+    xlong lLast;
+    xlong lLimit;           // last column
+    unsigned char *pActive; // what the spans are drawn into
+    xlong lActivePitch;
+    unsigned char *pDoubled;
+    xlong lDoubledRows;
+};
+
 // Averages of four pixels, two by two.
 void ShrinkRow16(unsigned char *pTo, const unsigned char *pUpper, const unsigned char *pLower, int nPixels,
                  const TFormat16 &format)
@@ -201,7 +378,15 @@ void ShrinkRow24(unsigned char *pTo, const unsigned char *pUpper, const unsigned
 // Darkens one row of a shadow; left and right are bytes.
 void ShadowRow8(unsigned char *pRow, xlong lLeft, xlong lRight, unsigned char ucBlack)
 {
-    for (xlong x = lLeft; x < lRight; x += 2)
+    xlong x = lLeft;
+    // The first of each two bytes.
+    const __m128i xBlack = _mm_set1_epi16(ucBlack), xKeep = _mm_set1_epi16((short)0xff00);
+    for (; x + 16 <= lRight; x += 16)
+    {
+        __m128i *pAt = (__m128i *)(pRow + x);
+        _mm_storeu_si128(pAt, _mm_or_si128(_mm_and_si128(_mm_loadu_si128(pAt), xKeep), xBlack));
+    }
+    for (; x < lRight; x += 2)
         pRow[x] = ucBlack;
 }
 
@@ -360,141 +545,26 @@ xlong CScreenBase::CalcDrawList(xlong &lMinX, xlong &lMinY, xlong &lMaxX, xlong 
 xlong CScreenBase::DrawPolygonSoftware(unsigned char *pTarget, CRect *pClip, xlong lPitch, xlong lHeight,
                                        xlong lBytesPerPixel, CRect *&pArea, CRect *&pBounds)
 {
-    const TTexture texture(m_pTexture);
-    const bool bAlpha = m_bAlphaMode && m_pAlpha && m_pAlpha->m_pData && m_pMode->lDepth != 8;
-    const TDrawSpan pfnDrawSpan = FindDrawSpan(lBytesPerPixel, bAlpha);
-    if (!pTarget || !pfnDrawSpan || !texture.IsUsable(lBytesPerPixel) || (bAlpha && !IsShadeReady(lBytesPerPixel * 8)))
-        return 0;
-
-    const bool bFilter = m_lPolygonFilter && lBytesPerPixel != 1 && m_pMode->lDepth != 8;
-    xlong lOffsetX = 0, lOffsetY = 0, lMinX, lMinY, lMaxX, lMaxY;
-    if (!(bFilter ? MakeFilterDrawList(lOffsetX, lOffsetY, lMinX, lMinY, lMaxX, lMaxY)
-                  : MakeDrawList(lMinX, lMinY, lMaxX, lMaxY)))
+    TRaster raster(*this, pTarget, lPitch, lHeight, lBytesPerPixel);
+    if (!raster.IsReady() || !raster.MakeSpans())
         return 0;
     if (pBounds)
-    {
-        if (bFilter)
-            pBounds->Set((lOffsetX + lMinX) / 2, (lOffsetY + lMinY) / 2, (lOffsetX + lMaxX) / 2,
-                         (lOffsetY + lMaxY) / 2);
-        else
-            pBounds->Set(lMinX, lMinY, lMaxX, lMaxY);
-    }
-
-    // Never outside the block, whatever clip the caller has.
-    CRect rcBlock, rcClip = *pClip;
-    rcBlock.Set(0, 0, lPitch / lBytesPerPixel - 1, lHeight - 1);
-    if (lPitch < lBytesPerPixel || lHeight < 1 || !rcClip.Intersect(&rcClip, &rcBlock))
+        raster.TellBounds(*pBounds);
+    if (!raster.Clip(*pClip))
     {
         pArea->SetEmpty();
         return 1;
     }
-    xlong lShift = 0;
-    if (bFilter)
+    if (raster.bFilter && !raster.MakeDoubled())
+        return xError(XERR_MEMORY);
+    *pArea = raster.rcArea;
+    for (xlong lRow = raster.lFirst; lRow <= raster.lLast; ++lRow)
+        raster.DrawRow(lRow);
+    if (raster.bFilter)
     {
-        rcClip.Set(rcClip.m_lLeft * 2 - lOffsetX, rcClip.m_lTop * 2 - lOffsetY, rcClip.m_lRight * 2 - lOffsetX,
-                   rcClip.m_lBottom * 2 - lOffsetY);
-        lShift = Even(std::max<xlong>(rcClip.m_lLeft - lMinX, 0) + 1);
-        for (xlong lRow = m_lFirstRow; lRow <= m_lLastRow; ++lRow)
-        {
-            m_lLeftX[lRow] -= lShift;
-            m_lRightX[lRow] -= lShift;
-        }
-    }
-
-    xlong lX = lMinX, lY = lMinY, lWidth = lMaxX - lMinX + 1, lRows = lMaxY - lMinY + 1;
-    CRect rcExtent;
-    rcExtent.Set(lMinX, lMinY, lMaxX, lMaxY);
-    xlong lUnusedX = lX, lUnusedY = lY;
-    if (!ClipAreas(&lX, &lY, &lWidth, &lRows, &rcExtent, &lUnusedX, &lUnusedY, &rcClip))
-    {
-        pArea->SetEmpty();
-        return 1;
-    }
-
-    unsigned char *pActive = pTarget;
-    unsigned char *pTemporary = nullptr;
-    xlong lActivePitch = lPitch;
-    xlong lFirst = std::max(m_lFirstRow, rcClip.m_lTop);
-    xlong lLast = std::min(m_lLastRow, rcClip.m_lBottom);
-    xlong lLimit = rcClip.m_lRight;
-    xlong lBlockRows = 0;
-    if (bFilter)
-    {
-        const xlong lBlockWidth = Even(lX + lWidth - 1) - Even(lX) + 2;
-        lBlockRows = Even(lY + lRows - 1) - Even(lY) + 2;
-        const size_t ulBytes = (size_t)lBlockWidth * lBlockRows * lBytesPerPixel;
-        pTemporary = ulBytes < 0x3fffffff ? XNEW(unsigned char[ulBytes]) : nullptr;
-        if (!pTemporary)
-            return xError(XERR_MEMORY);
-        lX = (lX + lOffsetX) / 2;
-        lY = (lY + lOffsetY) / 2;
-        lWidth = lBlockWidth / 2;
-        lRows = lBlockRows / 2;
-        memset(pTemporary, 0, ulBytes);
-        const auto pfnFillDoubled = lBytesPerPixel == 2 ? FillDoubled<2> : FillDoubled<3>;
-        pfnFillDoubled(pTemporary, lBlockWidth, lBlockRows, pTarget, lPitch, lHeight, lX, lY);
-        pActive = pTemporary;
-        lActivePitch = lBlockWidth * lBytesPerPixel;
-        lFirst = (lFirst + 1) & ~1;
-        lLast = std::min(lLast, lFirst + lBlockRows - 1);
-        lLimit = std::min(rcClip.m_lRight - lShift, lBlockWidth - 1);
-    }
-    pArea->Set(lX, lY, lX + lWidth - 1, lY + lRows - 1);
-
-    for (xlong lRow = lFirst; lRow <= lLast; ++lRow)
-    {
-        TSpan span = {
-            m_lLeftX[lRow] * lBytesPerPixel, m_lRightX[lRow] * lBytesPerPixel, m_lLeftU[lRow], m_lLeftV[lRow], 0, 0
-        };
-        m_lLeftX[lRow] = span.lLeft;
-        m_lRightX[lRow] = span.lRight;
-        if (!bFilter && (span.lRight < 0 || span.lLeft > lActivePitch))
-            continue;
-        xlong lSpan = span.lRight - span.lLeft;
-        if (lSpan < 1)
-            lSpan = 2 * lBytesPerPixel;
-        const xlong lSteps = lSpan / lBytesPerPixel;
-        span.lUStep = (m_lRightU[lRow] - span.lU) / lSteps;
-        span.lVStep = (m_lRightV[lRow] - span.lV) / lSteps;
-
-        const xlong lStart = bFilter ? 0 : rcClip.m_lLeft * lBytesPerPixel;
-        if (span.lLeft < lStart)
-        {
-            const xlong lCut = (lStart - span.lLeft) / lBytesPerPixel;
-            span.lU += lCut * span.lUStep;
-            span.lV += lCut * span.lVStep;
-            span.lLeft = lStart;
-        }
-        if (bFilter && (span.lRight < 0 || span.lLeft > lActivePitch))
-            continue;
-        span.lRight = std::min(span.lRight, lLimit * lBytesPerPixel);
-        if (span.lLeft > span.lRight)
-            continue;
-
-        TAlphaRow alpha = { nullptr, 0, 0, 1 };
-        if (bAlpha)
-        {
-            alpha.pData = m_pAlpha->m_pData;
-            alpha.ulSize = (size_t)m_pAlpha->m_lPitch * m_pAlpha->m_lHeight;
-            // Rows are counted with the target's bytes here, not with the alpha buffer's.
-            if (bFilter)
-            {
-                alpha.llStart = (long long)((lRow - lFirst) / 2) * lPitch + (long long)lY * lPitch + lX;
-                alpha.lPerEntry = 2 * lBytesPerPixel;
-            }
-            else
-            {
-                alpha.llStart = (long long)lRow * lPitch;
-                alpha.lPerEntry = lBytesPerPixel;
-            }
-        }
-        pfnDrawSpan(pActive + (ptrdiff_t)(bFilter ? lRow - lFirst : lRow) * lActivePitch, span, texture, alpha);
-    }
-
-    if (bFilter)
-    {
-        CopyFiltered(lX, lY, pTarget, lPitch, lHeight, pTemporary, lActivePitch, lBlockRows);
-        XDELETE_ARRAY(pTemporary);
+        CopyFiltered(raster.rcArea.m_lLeft, raster.rcArea.m_lTop, pTarget, lPitch, lHeight, raster.pDoubled,
+                     raster.lActivePitch, raster.lDoubledRows);
+        XDELETE_ARRAY(raster.pDoubled);
     }
     return 1;
 }

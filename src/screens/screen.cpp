@@ -7,12 +7,6 @@
 
 namespace
 {
-// Sizes of -1 and -2 mean the bitmap's.
-xlong SizeOrDefault(xlong lSize, xlong lDefault)
-{
-    return (xulong)lSize > 0xfffffffd ? lDefault : lSize;
-}
-
 bool IsMode(const SVmode *pMode, xlong lWidth, xlong lHeight, xlong lDepth)
 {
     return pMode->lWidth == lWidth && pMode->lHeight == lHeight && pMode->lDepth == lDepth;

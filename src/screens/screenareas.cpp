@@ -1,4 +1,17 @@
+// The lists of changed areas. What holds of each, between two calls:
+// 1. The count lies from 0 to MAX_AREAS. Whoever has used a list up sets it to 0
+//    and leaves the first alone; the next area that comes puts that right.
+// 2. An entry that was merged into a later one is cancelled in place, as
+//    (-100, -100, -101, -101): it lies outside every picture, so that readers
+//    need not look for it. Nothing moves up.
+// 3. Entries before the first are cancelled; so can later ones be. The first is
+//    not behind the count, except as told under 1.
+// 4. All others have their corners in order. They may overlap, by too little to
+//    be worth merging, and may lie outside the picture: readers clip.
+
 #include "screens/areas.h"
+
+#include "core/invariant.h"
 #include "tarvix/globals.h"
 #include "tarvix/screen.h"
 
@@ -63,6 +76,21 @@ void Cancel(CRect &rcEntry)
     rcEntry.m_lRight = rcEntry.m_lBottom = -101;
 }
 
+[[maybe_unused]] bool IsSound(TAreaList list)
+{
+    if (*list.plCount < 0 || *list.plCount > CScreenBase::MAX_AREAS || *list.plFirst < 0 ||
+        *list.plFirst > *list.plCount)
+        return false;
+    for (xlong i = 0; i < *list.plCount; ++i)
+    {
+        const CRect &rc = list.pAreas[i];
+        if (i < *list.plFirst ? !IsCancelled(rc)
+                              : !IsCancelled(rc) && (rc.m_lLeft > rc.m_lRight || rc.m_lTop > rc.m_lBottom))
+            return false;
+    }
+    return true;
+}
+
 // Joins the new area with those of the list that it overlaps enough; these are
 // cancelled in place. False when the area is in the list already and bSkipEqual.
 bool MergeArea(TAreaList list, TArea &area, bool bSkipEqual)
@@ -100,6 +128,7 @@ void AppendArea(TAreaList list, const TArea &area, const SVmode &mode)
     if (*list.plCount < CScreenBase::MAX_AREAS)
     {
         area.Store(list.pAreas[(*list.plCount)++]);
+        TARVIX_INVARIANT(IsSound(list));
         return;
     }
     list.pAreas[0].Set(0, 0, mode.lWidth - 1, mode.lHeight - 1);
@@ -129,6 +158,7 @@ bool MoveHolder(TAreaList list, const TArea &area)
     _mm_storeu_si128((__m128i *)&pLast[1].m_lLeft, Entry);
     _mm_storeu_si128((__m128i *)&pLast->m_lLeft, _mm_setr_epi32(-100, -100, -101, -101));
     *list.plFirst = (*list.plCount)++;
+    TARVIX_INVARIANT(IsSound(list));
     return true;
 }
 
@@ -136,6 +166,16 @@ bool MoveHolder(TAreaList list, const TArea &area)
 {
     if (MergeArea(list, area, true))
         AppendArea(list, area, mode);
+}
+
+// Calls the function with each page in turn as the present one.
+template <class TFunction>
+void OnEachPage(CScreenBase &screen, TFunction function)
+{
+    const xlong lPage = screen.m_lPage;
+    for (screen.m_lPage = 0; screen.m_lPage < CScreenBase::PAGES; ++screen.m_lPage)
+        function();
+    screen.m_lPage = lPage;
 }
 
 inline void Add(TAreaList list, const TArea &area, const SVmode &mode)
@@ -160,10 +200,7 @@ void CScreenBase::AddClearArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBot
 
 void CScreenBase::AddClearAreaGui(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
 {
-    const xlong lPage = m_lPage;
-    for (m_lPage = 0; m_lPage < PAGES; ++m_lPage)
-        AddClearArea(lLeft, lTop, lRight, lBottom);
-    m_lPage = lPage;
+    OnEachPage(*this, [&] { AddClearArea(lLeft, lTop, lRight, lBottom); });
 }
 
 void CScreenBase::AddClearAreaPersistent(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
@@ -191,10 +228,7 @@ void CScreenBase::AddShadowArea(xlong lLeft, xlong lTop, xlong lRight, xlong lBo
     lBottom = std::min(lBottom, rcClip.m_lBottom);
     if (lLeft > lRight || lTop > lBottom)
         return;
-    const xlong lPage = m_lPage;
-    for (m_lPage = 0; m_lPage < PAGES; ++m_lPage)
-        ASA(lLeft, lTop, lRight, lBottom);
-    m_lPage = lPage;
+    OnEachPage(*this, [&] { ASA(lLeft, lTop, lRight, lBottom); });
 }
 
 void CScreenBase::ASA(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)

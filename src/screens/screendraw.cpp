@@ -164,6 +164,77 @@ void Darken24(unsigned char *pRow, size_t ulBytes, unsigned char ucStart)
         *pRow = glb->m_ClampTable[ucStart + *pRow];
 }
 
+// What the clip leaves of an area, in the locked frame buffer.
+class TFrameArea
+{
+public:
+    TFrameArea(CScreenBase &screen, xlong lX, xlong lY, xlong lNewWidth, xlong lNewHeight)
+        : pRow(nullptr), lWidth(lNewWidth), lHeight(lNewHeight), m_Screen(screen)
+    {
+        CRect rc;
+        rc.SetXYWH(lX, lY, lWidth, lHeight);
+        xlong lTargetX = lX, lTargetY = lY;
+        if (lWidth < 1 || lHeight < 1 ||
+            !ClipAreas(&lX, &lY, &lWidth, &lHeight, &rc, &lTargetX, &lTargetY, &screen.m_rcClip))
+            return;
+        pRow = screen.LockScreenBuffer();
+        if (pRow)
+            pRow +=
+                (ptrdiff_t)lTargetY * screen.m_pMode->lRowBytes + (ptrdiff_t)lTargetX * screen.m_pMode->lBytesPerPixel;
+    }
+
+    ~TFrameArea()
+    {
+        if (pRow)
+            m_Screen.ReleaseScreenBuffer();
+    }
+
+    unsigned char *pRow; // the first one; null when there is nothing to draw
+    xlong lWidth;
+    xlong lHeight;
+
+private:
+    CScreenBase &m_Screen;
+};
+
+// What a row needs to know to become grey.
+struct TGrey
+{
+    TFormat16 format;
+    unsigned char ucBlack; // index
+};
+
+typedef void (*TGreyRow)(unsigned char *pTo, const unsigned char *pFrom, xlong lWidth, xlong lRow, const TGrey &grey);
+
+// Every second pixel, like a chess board.
+void GreyRow8(unsigned char *pTo, const unsigned char *pFrom, xlong lWidth, xlong lRow, const TGrey &grey)
+{
+    for (xlong x = 0; x < lWidth; ++x)
+        pTo[x] = (x + lRow) & 1 ? grey.ucBlack : pFrom[x];
+}
+
+void GreyRow16(unsigned char *pTo, const unsigned char *pFrom, xlong lWidth, xlong, const TGrey &grey)
+{
+    for (xlong x = 0; x < lWidth; ++x)
+    {
+        TRGBA color;
+        grey.format.Unpack(LoadWord(pFrom + 2 * x), color);
+        const unsigned uGrey = (color.ucRed / 8 + color.ucGreen / 8 + color.ucBlue / 8) / 6u * 8;
+        StoreWord(pTo + 2 * x, grey.format.Pack(uGrey, uGrey, uGrey));
+    }
+}
+
+void GreyRow24(unsigned char *pTo, const unsigned char *pFrom, xlong lWidth, xlong, const TGrey &)
+{
+    for (xlong x = 0; x < lWidth; ++x, pFrom += 3, pTo += 3)
+        memset(pTo, (pFrom[0] + pFrom[1] + pFrom[2]) / 6, 3);
+}
+
+TGreyRow FindGreyRow(xlong lDepth)
+{
+    return lDepth == 8 ? GreyRow8 : lDepth == 16 ? GreyRow16 : lDepth == 24 ? GreyRow24 : nullptr;
+}
+
 bool IsClampTableBuilt()
 {
     return glb->m_ClampTable[511] == 255;
@@ -172,66 +243,49 @@ bool IsClampTableBuilt()
 
 void CScreenBase::FillRect(xlong lX, xlong lY, xlong lWidth, xlong lHeight, TRGBA color)
 {
-    CRect rc;
-    rc.SetXYWH(lX, lY, lWidth, lHeight);
-    xlong lTargetX = lX, lTargetY = lY;
-    if (lWidth < 1 || lHeight < 1 || !ClipAreas(&lX, &lY, &lWidth, &lHeight, &rc, &lTargetX, &lTargetY, &m_rcClip))
-        return;
-    unsigned char *pBuffer = LockScreenBuffer();
-    if (!pBuffer)
+    const TFrameArea area(*this, lX, lY, lWidth, lHeight);
+    if (!area.pRow)
         return;
     const TPixel pixel = MakePixel(*this, color);
-    const xlong lBytes = m_pMode->lBytesPerPixel;
-    unsigned char *pRow = pBuffer + (ptrdiff_t)lTargetY * m_pMode->lRowBytes + (ptrdiff_t)lTargetX * lBytes;
     const xulong ulColor = (xulong)(pixel.ucBytes[0] << 16 | pixel.ucBytes[1] << 8 | pixel.ucBytes[2]);
-    unsigned short usColor;
-    memcpy(&usColor, pixel.ucBytes, 2);
-    for (; lHeight; --lHeight, pRow += m_pMode->lRowBytes)
+    const xlong lColumns = area.lWidth; // not to be read again after each row
+    unsigned char *pRow = area.pRow;
+    for (xlong lRows = area.lHeight; lRows; --lRows, pRow += m_pMode->lRowBytes)
     {
         switch (m_pMode->lDepth)
         {
         case 8:
-            memset(pRow, pixel.ucBytes[0], (size_t)lWidth);
+            memset(pRow, pixel.ucBytes[0], (size_t)lColumns);
             break;
         case 16:
-            xMemset16(pRow, usColor, (xulong)lWidth);
+            xMemset16(pRow, LoadWord(pixel.ucBytes), (xulong)lColumns);
             break;
         case 24:
-            xMemset24(pRow, ulColor, (xulong)lWidth);
+            xMemset24(pRow, ulColor, (xulong)lColumns);
             break;
         }
     }
-    ReleaseScreenBuffer();
 }
 
 void CScreenBase::FillRectAlpha(xlong lX, xlong lY, xlong lWidth, xlong lHeight, xlong lPercent)
 {
-    CRect rc;
-    rc.SetXYWH(lX, lY, lWidth, lHeight);
-    xlong lTargetX = lX, lTargetY = lY;
-    if (lWidth < 1 || lHeight < 1 || !ClipAreas(&lX, &lY, &lWidth, &lHeight, &rc, &lTargetX, &lTargetY, &m_rcClip))
+    const TFrameArea area(*this, lX, lY, lWidth, lHeight);
+    const xlong lDepth = area.pRow ? m_pMode->lDepth : 0;
+    if (lDepth != 24 && (lDepth != 16 || !glb->m_pShadeCube))
         return;
-    unsigned char *pBuffer = LockScreenBuffer();
-    if (!pBuffer)
-        return;
-    const xlong lDepth = m_pMode->lDepth;
-    if ((lDepth == 16 && glb->m_pShadeCube) || lDepth == 24)
+    const xlong lSteps = std::clamp<xlong>(lPercent * 31 / 100, 0, 31);
+    // Of the negative amount the low byte counts: 0 percent points at the
+    // table's zeros.
+    const unsigned char ucStart = IsClampTableBuilt() ? (unsigned char)-(lPercent * 255 / 100) : 0;
+    const xlong lColumns = area.lWidth;
+    unsigned char *pRow = area.pRow;
+    for (xlong lRows = area.lHeight; lRows; --lRows, pRow += m_pMode->lRowBytes)
     {
-        const xlong lSteps = std::clamp<xlong>(lPercent * 31 / 100, 0, 31);
-        // Of the negative amount the low byte counts: 0 percent points at the
-        // table's zeros.
-        const unsigned char ucStart = (unsigned char)-(lPercent * 255 / 100);
-        unsigned char *pRow =
-            pBuffer + (ptrdiff_t)lTargetY * m_pMode->lRowBytes + (ptrdiff_t)lTargetX * m_pMode->lBytesPerPixel;
-        for (; lHeight; --lHeight, pRow += m_pMode->lRowBytes)
-        {
-            if (lDepth == 16)
-                Darken16(pRow, lWidth, lSteps);
-            else
-                Darken24(pRow, (size_t)lWidth * 3, IsClampTableBuilt() ? ucStart : 0);
-        }
+        if (lDepth == 16)
+            Darken16(pRow, lColumns, lSteps);
+        else
+            Darken24(pRow, (size_t)lColumns * 3, ucStart);
     }
-    ReleaseScreenBuffer();
 }
 
 xlong CScreenBase::CompOutCode(xlong lX, xlong lY)
@@ -318,39 +372,15 @@ void CScreenBase::ScreenToPersistentGray()
     }
     AddClearArea(0, 0, m_pMode->lWidth, m_pMode->lHeight);
 
-    const TFormat16 format(FormatOf(*m_pMode));
+    TRGBA black(0, 0, 0);
+    const TGrey grey = { TFormat16(FormatOf(*m_pMode)),
+                         (unsigned char)(m_pMode->lDepth == 8 ? m_Palette.FindMatch(&black) : 0) };
+    const TGreyRow pfnGreyRow = FindGreyRow(m_pMode->lDepth);
     const xlong lWidth = std::min(m_pMode->lWidth, pTarget->m_lWidth);
     const xlong lHeight = std::min(m_pMode->lHeight, pTarget->m_lHeight);
-    TRGBA black(0, 0, 0);
-    const unsigned char ucBlack = m_pMode->lDepth == 8 ? (unsigned char)m_Palette.FindMatch(&black) : 0;
-    for (xlong y = 0; y < lHeight; ++y)
-    {
-        const unsigned char *pFrom = pBuffer + (ptrdiff_t)y * m_pMode->lRowBytes;
-        unsigned char *pTo = pTarget->m_pData + (ptrdiff_t)y * pTarget->m_lPitch;
-        for (xlong x = 0; x < lWidth; ++x)
-        {
-            switch (m_pMode->lDepth)
-            {
-            case 8:
-                pTo[x] = (x + y) & 1 ? ucBlack : pFrom[x];
-                break;
-            case 16:
-            {
-                unsigned short us;
-                memcpy(&us, pFrom + 2 * x, 2);
-                TRGBA color;
-                format.Unpack(us, color);
-                const unsigned uGrey = (color.ucRed / 8 + color.ucGreen / 8 + color.ucBlue / 8) / 6u;
-                us = format.Pack(uGrey * 8, uGrey * 8, uGrey * 8);
-                memcpy(pTo + 2 * x, &us, 2);
-                break;
-            }
-            case 24:
-                memset(pTo + 3 * x, (pFrom[3 * x] + pFrom[3 * x + 1] + pFrom[3 * x + 2]) / 6, 3);
-                break;
-            }
-        }
-    }
+    for (xlong y = 0; pfnGreyRow && y < lHeight; ++y)
+        pfnGreyRow(pTarget->m_pData + (ptrdiff_t)y * pTarget->m_lPitch, pBuffer + (ptrdiff_t)y * m_pMode->lRowBytes,
+                   lWidth, y, grey);
     ReleaseScreenBuffer();
     pTarget->m_bChanged = 1;
 }

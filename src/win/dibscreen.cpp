@@ -1,5 +1,20 @@
+// The windowed screen. What its lists of areas mean, of the present page, in
+// the course of a frame (FlipPage, with Validate in its draw message; ClearBuffer):
+// 1. Clear: what the host has drawn on the frame buffer since the last
+//    ClearBuffer. FlipPage shows it and leaves it in the list; ClearBuffer puts
+//    the persistent picture back there and empties the list.
+// 2. Persistent: what has changed on the persistent picture. It goes the same
+//    way, so it shows on the frame buffer from ClearBuffer on.
+// 3. Dib: what the window lacks. FlipPage adds both lists, copies all of it and
+//    empties it; after a failed copy it stays for the next flip. ClearBuffer
+//    adds what it put back, and sprites what they draw.
+// 4. Validate: what the GUI has to draw again, because ClearBuffer put the
+//    picture back over it. Validate draws and empties it.
+// 5. The clear and persistent lists do not grow while they are walked.
+
 #include "tarvix/dibscreen.h"
 
+#include "core/invariant.h"
 #include "core/msgsys.h"
 #include "pictures/kernels.h"
 #include "screens/areas.h"
@@ -115,9 +130,29 @@ void DropPalette(CDibScreen &screen)
     screen.m_pDibPal = nullptr;
 }
 
-xlong SizeOrDefault(xlong lSize, xlong lDefault)
+// A list of areas that may not grow while it is walked.
+struct TWalkedList
 {
-    return (xulong)lSize > 0xfffffffd ? lDefault : lSize;
+    template <class TFunction>
+    void ForEach(TFunction function) const
+    {
+        const xlong lAll = lCount;
+        TARVIX_INVARIANT(lAll >= 0 && lAll <= CScreenBase::MAX_AREAS);
+        for (xlong i = 0; i < lAll; ++i)
+            function(pAreas[i]);
+        TARVIX_INVARIANT(lCount == lAll);
+    }
+
+    const CRect *pAreas;
+    xlong &lCount;
+};
+
+// Where a drawing call puts a bitmap.
+CRect AreaOf(const CBitmap &bitmap, xlong lX, xlong lY, xlong lWidth, xlong lHeight)
+{
+    CRect rc;
+    rc.SetXYWH(lX, lY, SizeOrDefault(lWidth, bitmap.m_lWidth), SizeOrDefault(lHeight, bitmap.m_lHeight));
+    return rc;
 }
 
 // The frame buffer seen as a bitmap, for as long as it is locked.
@@ -132,12 +167,7 @@ public:
         m_lDepth = mode.lDepth;
         m_lPitch = mode.lRowBytes;
         m_lBytesPerPixel = mode.lBytesPerPixel;
-        m_lRedBits = mode.lRedBits;
-        m_lGreenBits = mode.lGreenBits;
-        m_lBlueBits = mode.lBlueBits;
-        m_lRedShift = mode.lRedShift;
-        m_lGreenShift = mode.lGreenShift;
-        m_lBlueShift = mode.lBlueShift;
+        SetFormat(*this, FormatOf(mode));
         m_bRGB = !mode.lIndexed;
         m_pPalette = mode.lIndexed ? &screen.m_Palette : nullptr;
         m_rcClip = screen.m_rcClip;
@@ -362,10 +392,9 @@ xlong CDibScreen::MakeScreenTexture(CBitmap *pBitmap, xlong lFlags)
 void CDibScreen::DrawBitmapScreen(CBitmap *pBitmap, xlong lSourceX, xlong lSourceY, xlong lX, xlong lY, xlong lWidth,
                                   xlong lHeight, xlong lTransparent, xlong lFlags)
 {
-    lWidth = SizeOrDefault(lWidth, pBitmap->m_lWidth);
-    lHeight = SizeOrDefault(lHeight, pBitmap->m_lHeight);
     DrawBitmapToScreenInternal(pBitmap, lSourceX, lSourceY, lX, lY, lWidth, lHeight, lTransparent, lFlags);
-    AddClearArea(lX, lY, lX + lWidth - 1, lY + lHeight - 1);
+    const CRect rc = AreaOf(*pBitmap, lX, lY, lWidth, lHeight);
+    AddClearArea(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
 }
 
 void CDibScreen::DrawBitmapScreenGui(CBitmap *pBitmap, xlong lSourceX, xlong lSourceY, xlong lX, xlong lY, xlong lWidth,
@@ -377,10 +406,9 @@ void CDibScreen::DrawBitmapScreenGui(CBitmap *pBitmap, xlong lSourceX, xlong lSo
 void CDibScreen::DrawSpriteScreen(CBitmap *pBitmap, xlong lSourceX, xlong lSourceY, xlong lX, xlong lY, xlong lWidth,
                                   xlong lHeight, xlong lTransparent, xlong lFlags)
 {
-    lWidth = SizeOrDefault(lWidth, pBitmap->m_lWidth);
-    lHeight = SizeOrDefault(lHeight, pBitmap->m_lHeight);
     DrawBitmapToScreenInternal(pBitmap, lSourceX, lSourceY, lX, lY, lWidth, lHeight, lTransparent, lFlags);
-    AddDibLayerArea(lX, lY, lX + lWidth - 1, lY + lHeight - 1);
+    const CRect rc = AreaOf(*pBitmap, lX, lY, lWidth, lHeight);
+    AddDibLayerArea(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
 }
 
 void CDibScreen::RestoreSpriteScreen(CBitmap *pBitmap, xlong lX, xlong lY, xlong lWidth, xlong lHeight)
@@ -474,16 +502,10 @@ xlong CDibScreen::FlipPage()
         lCount = 0;
         return 1;
     }
-    for (xlong i = 0; i < m_lPersistentCount[m_lPage]; ++i)
-    {
-        const CRect &rc = m_PersistentAreas[m_lPage][i];
-        AddDibLayerArea(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
-    }
-    for (xlong i = 0; i < m_lClearCount[m_lPage]; ++i)
-    {
-        const CRect &rc = m_ClearAreas[m_lPage][i];
-        AddDibLayerArea(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
-    }
+    const TWalkedList lists[] = { { m_PersistentAreas[m_lPage], m_lPersistentCount[m_lPage] },
+                                  { m_ClearAreas[m_lPage], m_lClearCount[m_lPage] } };
+    for (const TWalkedList &list : lists)
+        list.ForEach([&](const CRect &rc) { AddDibLayerArea(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom); });
     for (xlong i = 0; i < lCount; ++i)
     {
         const CRect rc = m_DibAreas[m_lPage][i];
@@ -503,23 +525,19 @@ xlong CDibScreen::FlipPage()
 xlong CDibScreen::ClearBuffer()
 {
     MsgSysSend(XFRAME_END, 0, 0);
-    const struct
+    const TWalkedList lists[] = { { m_PersistentAreas[m_lPage], m_lPersistentCount[m_lPage] },
+                                  { m_ClearAreas[m_lPage], m_lClearCount[m_lPage] } };
+    for (const TWalkedList &list : lists)
     {
-        CRect *pAreas;
-        xlong &lCount;
-    } lists[] = { { m_PersistentAreas[m_lPage], m_lPersistentCount[m_lPage] },
-                  { m_ClearAreas[m_lPage], m_lClearCount[m_lPage] } };
-    for (const auto &list : lists)
-    {
-        for (xlong i = 0; i < list.lCount; ++i)
-        {
-            const CRect &rc = list.pAreas[i];
-            ASA(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
-            if (m_pPersistent)
-                DrawBitmapToScreenInternal(m_pPersistent, rc.m_lLeft, rc.m_lTop, rc.m_lLeft, rc.m_lTop,
-                                           rc.m_lRight - rc.m_lLeft + 1, rc.m_lBottom - rc.m_lTop + 1, 0, 0);
-            AddDibLayerArea(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
-        }
+        list.ForEach(
+            [&](const CRect &rc)
+            {
+                ASA(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
+                if (m_pPersistent)
+                    DrawBitmapToScreenInternal(m_pPersistent, rc.m_lLeft, rc.m_lTop, rc.m_lLeft, rc.m_lTop,
+                                               rc.m_lRight - rc.m_lLeft + 1, rc.m_lBottom - rc.m_lTop + 1, 0, 0);
+                AddDibLayerArea(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
+            });
         list.lCount = 0;
     }
     return 1;
@@ -527,11 +545,8 @@ xlong CDibScreen::ClearBuffer()
 
 void CDibScreen::Validate()
 {
-    for (xlong i = 0; i < m_lClearCount[m_lPage]; ++i)
-    {
-        const CRect &rc = m_ClearAreas[m_lPage][i];
-        ASA(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom);
-    }
+    const TWalkedList clear = { m_ClearAreas[m_lPage], m_lClearCount[m_lPage] };
+    clear.ForEach([&](const CRect &rc) { ASA(rc.m_lLeft, rc.m_lTop, rc.m_lRight, rc.m_lBottom); });
     for (xlong i = 0; i < m_lValidateCount[m_lPage] && glb->m_pWinCtrl && m_pMode; ++i)
     {
         // What lies outside, as merged entries do, would become the clip of a
@@ -688,16 +703,14 @@ void CDibScreen::DrawBitmapToScreenInternal(CBitmap *pBitmap, xlong lSourceX, xl
     lWidth = SizeOrDefault(lWidth, pBitmap->m_lWidth);
     lHeight = SizeOrDefault(lHeight, pBitmap->m_lHeight);
     const SVmode &mode = *m_pMode;
-    if (mode.lDepth == 8 && pBitmap->m_lDepth == 24)
-    {
-        // A bitmap does not search the palette on its own; a screen does.
-        if (pBitmap->m_pData)
-            Convert24To8(pBitmap->m_pData, pBitmap->m_lPitch, lSourceX, lSourceY, lWidth, lHeight, FormatOf(*pBitmap),
-                         &pBitmap->m_rcClip, lTransparent, pBits, mode.lRowBytes, lX, lY, &m_Palette, &m_rcClip);
-    }
-    else
-        CopyArea({ pBits, mode.lRowBytes, mode.lDepth, FormatOf(mode), &m_rcClip }, *pBitmap, lSourceX, lSourceY, lX,
-                 lY, lWidth, lHeight, lTransparent, 0);
+    const TPixelBlock source = BlockOf(*pBitmap);
+    const TPixelBlock target = { pBits, mode.lRowBytes, mode.lDepth, FormatOf(mode), &m_Palette, &m_rcClip };
+    const TCopy copy = { lSourceX, lSourceY, lX, lY, lWidth, lHeight, lTransparent, 0 };
+    // A bitmap does not search the palette on its own; a screen does.
+    if (target.lDepth != 8 || source.lDepth != 24)
+        CopyArea(source, target, copy);
+    else if (source.pData)
+        Convert24To8(source, target, copy);
     ReleaseScreenBuffer();
 }
 

@@ -151,17 +151,23 @@ TEST_F(CButtonTest, LetsClicksThroughTransparentPixels)
     }
 }
 
-// Pixels of the corner and the middle, worked out by hand for a bevel of 2.
-TEST_F(CButtonTest, DrawsFaceBevelBorderAndText)
+// The colours of a button by their red: border 10, light 20, face 30, dark 40,
+// corners 50, 60 and 70.
+void SetReds(CButton &button)
 {
-    CWinCtrl &manager = *glb->m_pWinCtrl;
     TRGBA colors[8];
     for (int n = 0; n < 8; ++n)
         colors[n] = TRGBA((unsigned char)(10 * n + 10), 0, 0);
-    TCntrlColor set;
-    manager.SetupColors(&set, &colors[0], &colors[1], &colors[2], &colors[3], &colors[4], &colors[5], &colors[6],
-                        &colors[7]);
-    m_Button.SetColors(&set, &set, &set, &set);
+    static TCntrlColor set; // not copied
+    glb->m_pWinCtrl->SetupColors(&set, &colors[0], &colors[1], &colors[2], &colors[3], &colors[4], &colors[5],
+                                 &colors[6], &colors[7]);
+    button.SetColors(&set, &set, &set, &set);
+}
+
+// Pixels of the corner and the middle, worked out by hand for a bevel of 2.
+TEST_F(CButtonTest, DrawsFaceBevelBorderAndText)
+{
+    SetReds(m_Button);
     m_Button.SetBevelSize(2);
     m_Button.SetFlag(CNTRL_BUTTONBORDER);
     m_Button.Validate();
@@ -198,6 +204,67 @@ TEST_F(CButtonTest, DrawsFaceBevelBorderAndText)
     Frame();
     EXPECT_EQ(30, Shown(lLeft + 2, lTop + 2).ucRed) << "the text of a pressed button moves";
     EXPECT_EQ(255, Shown(lLeft + 3, lTop + 3).ucRed);
+}
+
+// A bevel of more than half: the middle row of an odd height belongs to it, and
+// nothing turns inside out.
+TEST_F(CButtonTest, AWideBevelMeetsInTheMiddle)
+{
+    CButton small;
+    small.Create(8, nullptr, 200, 100, 7, 5, 0, CNTRL_EXTRUDED);
+    SetReds(small);
+    small.SetBevelSize(9);
+    m_Window.AddCntrl(&small);
+    small.Validate();
+    Frame();
+    const int anReds[5][7] = {
+        { 50, 20, 20, 20, 20, 20, 60 }, { 20, 50, 20, 20, 20, 60, 40 }, { 20, 20, 60, 40, 60, 40, 40 },
+        { 20, 60, 40, 40, 40, 70, 40 }, { 60, 40, 40, 40, 40, 40, 70 },
+    };
+    for (xlong y = 0; y < 5; ++y)
+        for (xlong x = 0; x < 7; ++x)
+            EXPECT_EQ(anReds[y][x], Shown(300 + x, 200 + y).ucRed) << x << ", " << y;
+}
+
+TEST_F(CButtonTest, TheBorderComesBackWhenAWindowMovesOffIt)
+{
+    SetReds(m_Button);
+    m_Button.SetFlag(CNTRL_BUTTONBORDER);
+    m_Button.Validate();
+    Frame();
+    ASSERT_EQ(10, Shown(149, 150).ucRed);
+    CWindow cover; // of the border's left column alone
+    cover.Create(2, nullptr, 140, 145, 10, 10, XWIN_FRAME);
+    Show(cover);
+    ASSERT_NE(10, Shown(149, 150).ucRed);
+    cover.SetPos(400, 400);
+    Frame();
+    Frame();
+    EXPECT_EQ(10, Shown(149, 150).ucRed);
+}
+
+// The border of a button that fills its window lies around the window.
+TEST_F(CButtonTest, AMovedWindowLeavesNoBorderBehind)
+{
+    CWindow window;
+    CButton button;
+    window.Create(2, nullptr, 450, 300, 40, 20, 0);
+    button.Create(8, nullptr, 0, 0, 40, 20, 0, CNTRL_EXTRUDED | CNTRL_BUTTONBORDER);
+    SetReds(button);
+    window.AddCntrl(&button);
+    Show(window);
+    const struct
+    {
+        const char *pszSide;
+        xlong lX, lY;
+    } sides[] = { { "left", 449, 310 }, { "right", 490, 310 }, { "top", 470, 299 }, { "bottom", 470, 320 } };
+    for (const auto &c : sides)
+        ASSERT_EQ(10, Shown(c.lX, c.lY).ucRed) << c.pszSide;
+    window.SetPos(150, 350);
+    Frame();
+    Frame();
+    for (const auto &c : sides)
+        EXPECT_EQ(0, Shown(c.lX, c.lY).ucRed) << c.pszSide;
 }
 
 TEST_F(CButtonTest, TakesTheLookOfItsTemplate)

@@ -167,15 +167,19 @@ TEST_F(CControlTest, KeepsOrOwnsItsText)
 // The piece of a bitmap that a control shows, at each placing.
 TEST_F(CControlTest, DrawsBitmapsTiledCutAndFromSheets)
 {
-    CBitmap bitmap; // red tells x, green tells y
-    ASSERT_EQ(1, bitmap.CreateRGB(16, 8, 24, 8, 8, 8, 16, 8, 0, 0));
-    for (xlong y = 0; y < 8; ++y)
-        for (xlong x = 0; x < 16; ++x)
-        {
-            const TRGBA Color((unsigned char)(10 * x), (unsigned char)(10 * y), 0);
-            bitmap.PutPixel(x, y, &Color);
-        }
-    ASSERT_EQ(1, Screen()->MakeScreenFormat(&bitmap, XBMP_NO_KEY_PASS));
+    CBitmap bitmap, tall; // red tells x, green tells y
+    for (CBitmap *pBitmap : { &bitmap, &tall })
+    {
+        const xlong lWidth = pBitmap == &tall ? 8 : 16, lHeight = 24 - lWidth;
+        ASSERT_EQ(1, pBitmap->CreateRGB(lWidth, lHeight, 24, 8, 8, 8, 16, 8, 0, 0));
+        for (xlong y = 0; y < lHeight; ++y)
+            for (xlong x = 0; x < lWidth; ++x)
+            {
+                const TRGBA Color((unsigned char)(10 * x), (unsigned char)(10 * y), 0);
+                pBitmap->PutPixel(x, y, &Color);
+            }
+        ASSERT_EQ(1, Screen()->MakeScreenFormat(pBitmap, XBMP_NO_KEY_PASS));
+    }
     CRect rcCut;
     rcCut.Set(4, 2, 9, 6);
     const struct
@@ -185,11 +189,14 @@ TEST_F(CControlTest, DrawsBitmapsTiledCutAndFromSheets)
         bool bCut, bSheet;
         xlong lX, lY; ///< in the control
         int nRed, nGreen;
+        bool bTall;
     } cases[] = {
         { "Plain", 0, false, false, 3, 5, 30, 50 },
         { "BesidePlain", 0, false, false, 20, 5, 190, 190 },
         { "Tiled", CNTRL_TILED, false, false, 16 * 5 + 3, 8 + 5, 30, 50 },
         { "TiledLastRow", CNTRL_TILED, false, false, 99, 19, 30, 30 },
+        { "TallTilesLastColumn", CNTRL_TILED, false, false, 99, 13, 30, 130, true },
+        { "TallTilesLastRow", CNTRL_TILED, false, false, 99, 19, 30, 30, true },
         { "Inset", CNTRL_EXTRUDED, false, false, 4, 6, 30, 50 },
         { "Cut", 0, true, false, 1, 1, 50, 30 },
         { "BesideCut", 0, true, false, 6, 1, 190, 190 },
@@ -199,7 +206,7 @@ TEST_F(CControlTest, DrawsBitmapsTiledCutAndFromSheets)
     for (const auto &c : cases)
     {
         m_Button.m_lFlags = CNTRL_HASBITMAP | c.lFlags;
-        CBitmap *const pBitmap = c.bSheet ? nullptr : &bitmap;
+        CBitmap *const pBitmap = c.bSheet ? nullptr : c.bTall ? &tall : &bitmap;
         m_Button.SetBitmap(pBitmap, pBitmap, pBitmap, pBitmap);
         m_Button.m_Look.m_pSheet = c.bSheet ? &bitmap : nullptr;
         m_Button.m_Look.m_pSheetRect = c.bSheet ? &rcCut : nullptr;

@@ -1,6 +1,6 @@
 #include "tarvix/bitmap.h"
 
-#include "core/heap.h"
+#include "allocations.h"
 #include "slots.h"
 #include "support.h"
 #include "tarvix/misc.h"
@@ -331,54 +331,42 @@ TEST_F(CBitmapTest, ConvertIndexFromDirectColour)
         EXPECT_EQ(!memcmp(&strNoise[(size_t)i * 3], &strNoise[0], 3), bitmap.m_pData[i] == bitmap.m_pData[0]) << i;
 }
 
-// Whatever allocation fails: the bitmap stays as it was, and nothing stays behind.
+// Whatever allocation fails: a conversion leaves the bitmap as it was.
 TEST_F(CBitmapTest, FailedAllocations)
 {
     CPalette palette;
     glb->m_pColourIndexMap = (unsigned char *)xAllocMem(32768, nullptr, 0);
     memset(glb->m_pColourIndexMap, 3, 32768);
-    for (int nCall = 0; nCall < 4; ++nCall)
-        for (xlong lFail = 1;; ++lFail)
-        {
-            const size_t ulBlocks = HeapState().ulLiveBlocks;
-            bool bDone;
+    const struct
+    {
+        const char *pszName;
+        bool bIndexed, bStays;
+        xlong (*pfnCall)(CBitmap &, const CPalette &);
+    } cases[] = {
+        { "24 to 8", false, true, [](CBitmap &b, const CPalette &p) { return b.ConvertIndex(-1, -1, 8, &p, 0); } },
+        { "8 to 8", true, true, [](CBitmap &b, const CPalette &p) { return b.ConvertIndex(-1, -1, 8, &p, 0); } },
+        { "24 to 16", false, true,
+          [](CBitmap &b, const CPalette &) { return b.ConvertRGB(-1, -1, 16, 5, 6, 5, 11, 5, 0, 0); } },
+        { "create", false, false, [](CBitmap &b, const CPalette &p) { return b.CreateIndex(7, 7, 8, &p, 0); } },
+    };
+    for (const auto &c : cases)
+        FailEachAllocation(
+            [&](auto arm)
             {
                 CBitmap bitmap;
-                if (nCall == 1)
-                    ASSERT_EQ(1, bitmap.CreateIndex(9, 9, 8, &palette, 0));
+                if (c.bIndexed)
+                    EXPECT_EQ(1, bitmap.CreateIndex(9, 9, 8, &palette, 0));
                 else
                     MakeNoise(bitmap, 9, 9);
                 const std::string strBefore = Bytes(bitmap);
-                HeapFailAt(lFail);
-                xlong lResult = 0;
-                switch (nCall)
-                {
-                case 0:
-                    lResult = bitmap.ConvertIndex(-1, -1, 8, &palette, 0);
-                    break;
-                case 1:
-                    lResult = bitmap.ConvertIndex(-1, -1, 8, &palette, 0);
-                    break;
-                case 2:
-                    lResult = bitmap.ConvertRGB(-1, -1, 16, 5, 6, 5, 11, 5, 0, 0);
-                    break;
-                case 3:
-                    lResult = bitmap.CreateIndex(7, 7, 8, &palette, 0);
-                    break;
-                }
-                bDone = !HeapFailed();
-                HeapFailAt(0);
-                EXPECT_TRUE(lResult || !bDone);
-                if (!lResult && nCall < 3)
-                    EXPECT_EQ(strBefore, Bytes(bitmap));
+                arm();
+                const xlong lResult = c.pfnCall(bitmap, palette);
+                if (!lResult && c.bStays)
+                    EXPECT_EQ(strBefore, Bytes(bitmap)) << c.pszName;
                 else if (!lResult)
-                    EXPECT_EQ(nullptr, bitmap.m_pData);
-            }
-            EXPECT_EQ(ulBlocks, HeapState().ulLiveBlocks) << nCall << ", " << lFail;
-            if (bDone)
-                break;
-            ASSERT_LT(lFail, 20);
-        }
+                    EXPECT_EQ(nullptr, bitmap.m_pData) << c.pszName;
+                return lResult == 1;
+            });
 }
 
 TEST_F(CBitmapTest, SavesUnderNumbers)
@@ -413,20 +401,11 @@ TEST_F(CBitmapTest, SavesUnderNumbers)
 
 TEST_F(CBitmapTest, MembersAndOperationsLieWhereHostsLookForThem)
 {
-    EXPECT_EQ(2, SlotOf(&CBitmapBase::CreateIndex));
-    EXPECT_EQ(3, SlotOf(&CBitmapBase::CreateRGB));
-    EXPECT_EQ(4, SlotOf(&CBitmapBase::CreateRGBA));
-    EXPECT_EQ(5, SlotOf(&CBitmapBase::Load));
-    EXPECT_EQ(6, SlotOf(&CBitmapBase::Save));
-    EXPECT_EQ(7, SlotOf(&CBitmapBase::ConvertIndex));
-    EXPECT_EQ(8, SlotOf(&CBitmapBase::ConvertRGB));
-    EXPECT_EQ(9, SlotOf(&CBitmapBase::Blt));
-    EXPECT_EQ(10, SlotOf(&CBitmapBase::BltScale));
-    EXPECT_EQ(11, SlotOf(&CBitmapBase::Free));
-    EXPECT_EQ(12, SlotOf(&CBitmapBase::LockBitmapData));
-    EXPECT_EQ(13, SlotOf(&CBitmapBase::ReleaseBitmapData));
-    EXPECT_EQ(14, SlotOf(&CBitmapBase::ScreenLockBitmapData));
-    EXPECT_EQ(15, SlotOf(&CBitmapBase::ScreenReleaseBitmapData));
+    ExpectSlots(2, &CBitmapBase::CreateIndex, &CBitmapBase::CreateRGB, &CBitmapBase::CreateRGBA, &CBitmapBase::Load,
+                &CBitmapBase::Save, &CBitmapBase::ConvertIndex, &CBitmapBase::ConvertRGB, &CBitmapBase::Blt,
+                &CBitmapBase::BltScale, &CBitmapBase::Free, &CBitmapBase::LockBitmapData,
+                &CBitmapBase::ReleaseBitmapData, &CBitmapBase::ScreenLockBitmapData,
+                &CBitmapBase::ScreenReleaseBitmapData);
     CBitmap b;
     const int n = sizeof(void *);
     const void *const apLongs[] = { &b.m_lWidth,         &b.m_lHeight,   &b.m_lDepth,      &b.m_lPitch,

@@ -1,5 +1,6 @@
 #include "tarvix/pictype.h"
 
+#include "allocations.h"
 #include "core/heap.h"
 #include "slots.h"
 #include "support.h"
@@ -307,24 +308,15 @@ TEST_F(CBmpTest, FailedAllocations)
     TBmp bmp;
     bmp.strRows = "abcd";
     WriteFile(Path("x.bmp"), bmp.Bytes());
-    for (xlong lFail = 1;; ++lFail)
-    {
-        ASSERT_LT(lFail, 20);
-        const size_t ulBlocks = HeapState().ulLiveBlocks;
-        bool bDone;
+    FailEachAllocation(
+        [](auto arm)
         {
             CBitmap bitmap;
-            HeapFailAt(lFail);
-            const xlong lResult = bitmap.Load("x.bmp", 0);
-            bDone = !HeapFailed();
-            HeapFailAt(0);
-            // A palette does without its name.
-            EXPECT_TRUE(lResult == 1 || LastError() == "Out of memory") << lFail;
-        }
-        EXPECT_EQ(ulBlocks, HeapState().ulLiveBlocks) << lFail;
-        if (bDone)
-            break;
-    }
+            arm();
+            const bool bOk = bitmap.Load("x.bmp", 0) == 1;
+            EXPECT_TRUE(bOk || LastError() == "Out of memory"); // a palette does without its name
+            return bOk;
+        });
 }
 
 TEST_F(CBmpTest, WritesWhatItHolds)
@@ -407,14 +399,9 @@ TEST_F(CBmpTest, OperationsLieWhereHostsLookForThem)
     typedef xlong (CPicType::*TLoadName)(const char *, CBitmapBase *, void *);
     typedef xlong (CPicType::*TSave)(CFile *, CBitmapBase *, void *, CRect *, xlong);
     typedef xlong (CPicType::*TSaveName)(const char *, CBitmapBase *, void *, CRect *, xlong);
-    EXPECT_EQ(0, SlotOf((TLoad)&CPicType::Load));
-    EXPECT_EQ(1, SlotOf((TLoadName)&CPicType::Load));
-    EXPECT_EQ(2, SlotOf((TSave)&CPicType::Save));
-    EXPECT_EQ(3, SlotOf((TSaveName)&CPicType::Save));
-    EXPECT_EQ(4, SlotOf(&CPicType::IsType));
-    EXPECT_EQ(5, SlotOf(&CPicType::GetDesc));
-    EXPECT_EQ(6, SlotOf(&CPicType::SetError));
-    EXPECT_EQ(7, SlotOf(&CPicType::GetError));
+    ExpectSlots(0, (TLoad)&CPicType::Load, (TLoadName)&CPicType::Load, (TSave)&CPicType::Save,
+                (TSaveName)&CPicType::Save, &CPicType::IsType, &CPicType::GetDesc, &CPicType::SetError,
+                &CPicType::GetError);
     EXPECT_EQ((int)sizeof(void *), OffsetOf(m_Type, m_Type.m_pszError));
 }
 

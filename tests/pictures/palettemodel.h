@@ -1,4 +1,4 @@
-// The palette search as it is described, entry by entry.
+// The palette search by its definition, entry by entry.
 #pragma once
 
 #include "tarvix/palette.h"

@@ -112,6 +112,40 @@ TEST_F(PlatformPaint, OnlyTheInvalidAreaIsPainted)
     EXPECT_EQ("", TakeLog());
 }
 
+TEST_F(PlatformPaint, ValidatingTakesStripsOff)
+{
+    const HWND hWnd = OpenShown(WS_POPUP, 0, 0, 200, 200);
+    MakeSource(200);
+    const RECT rcInvalid = { 10, 10, 50, 30 };
+    const struct
+    {
+        const char *pszName;
+        RECT rcValid, rcLeft;
+    } cases[] = {
+        { "left", { 0, 0, 20, 100 }, { 20, 10, 50, 30 } },
+        { "right", { 40, 5, 60, 40 }, { 10, 10, 40, 30 } },
+        { "top", { 10, 0, 50, 15 }, { 10, 15, 50, 30 } },
+        { "bottom", { 0, 25, 99, 30 }, { 10, 10, 50, 25 } },
+        { "middle", { 20, 0, 30, 99 }, { 10, 10, 50, 30 } },
+        { "corner", { 0, 0, 20, 20 }, { 10, 10, 50, 30 } },
+        { "beside left", { 0, 0, 10, 99 }, { 10, 10, 50, 30 } },
+        { "beside right", { 50, 0, 60, 99 }, { 10, 10, 50, 30 } },
+        { "above", { 0, 0, 99, 10 }, { 10, 10, 50, 30 } },
+        { "below", { 0, 30, 99, 40 }, { 10, 10, 50, 30 } },
+        { "all", { 10, 10, 50, 30 }, {} },
+    };
+    for (const auto &c : cases)
+    {
+        m_rcPaint = {};
+        InvalidateRect(hWnd, &rcInvalid, FALSE);
+        ValidateRect(hWnd, &c.rcValid);
+        Run();
+        EXPECT_EQ(0, memcmp(&c.rcLeft, &m_rcPaint, sizeof m_rcPaint))
+            << c.pszName << ": " << m_rcPaint.left << ", " << m_rcPaint.top << ", " << m_rcPaint.right << ", "
+            << m_rcPaint.bottom;
+    }
+}
+
 TEST_F(PlatformPaint, SizeAndExposureBringThePictureBack)
 {
     const HWND hWnd = OpenShown(WS_POPUP, 0, 0, 200, 200);

@@ -1,6 +1,6 @@
 #include "tarvix/font.h"
 
-#include "core/heap.h"
+#include "allocations.h"
 #include "screensupport.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/xiff.h"
@@ -283,19 +283,13 @@ TEST_F(CFontTest, DamagedFilesAreRefused)
 TEST_F(CFontTest, LoadRunsOutOfMemoryWithoutLoss)
 {
     ASSERT_EQ(1, m_Font.Save("font.xbf", 0));
-    const size_t ulBlocks = HeapState().ulLiveBlocks;
-    bool bDone = false;
-    for (xlong l = 1; !bDone; ++l)
-    {
+    FailEachAllocation(
+        [](auto arm)
         {
             CFont font;
-            HeapFailAt(l);
-            const xlong lResult = font.Load("font.xbf", 0) && font.CreateColor(TRGBA(1, 2, 3));
-            bDone = !HeapFailed();
-            HeapFailAt(0);
-            EXPECT_TRUE(!bDone || lResult);
-        }
-        EXPECT_GE(ulBlocks + 4, HeapState().ulLiveBlocks); // nodes stay in their pool
-    }
+            arm();
+            return font.Load("font.xbf", 0) && font.CreateColor(TRGBA(1, 2, 3));
+        },
+        4);
 }
 } // namespace

@@ -270,6 +270,26 @@ TEST_F(CPolygonTest, AFilteredQuadCoversItsInside)
     EXPECT_EQ(40, frame[(60 * 640 + 98) * 3]);
 }
 
+// By hand: every half row has a shade of its own. The clip cuts the quad at half
+// row 39 of it, and drawing begins with the next even one.
+TEST_F(CPolygonTest, AFilteredQuadThatIsCutBeginsWithAnEvenRow)
+{
+    SetMode(640, 480, 24);
+    CDibScreen &s = *Screen();
+    CBitmap ramp;
+    ASSERT_EQ(1, ramp.CreateRGB(8, 128, 24, 8, 8, 8, 0, 8, 16, 0));
+    for (int y = 0; y < 128; ++y)
+        memset(ramp.m_pData + y * ramp.m_lPitch, 2 * y, (size_t)ramp.m_lPitch);
+    s.SetTexture(&ramp);
+    s.SetPolygonMode(0, 1);
+    s.SetClip(0, 70, 639, 479);
+    Set({ { 200, 300, 300, 200 }, { 101, 101, 201, 201 }, { 0, 65536, 65536, 0 }, { 0, 0, 100 << 16, 100 << 16 } });
+    CRect *pNone = nullptr;
+    ASSERT_EQ(1, s.DrawPolygonScreen(pNone));
+    for (int y = 70; y < 90; ++y)
+        EXPECT_EQ(81 + 4 * (y - 70), Frame()[(size_t)(y * 640 + 120) * 3]) << y;
+}
+
 TEST_F(CPolygonTest, OddPolygonsDrawNothingOrLittle)
 {
     SetMode(640, 480, 16);

@@ -157,6 +157,7 @@ TEST_F(CScreenBaseTest, ListsReachTheirPages)
     EXPECT_EQ(1, s.m_lClearCount[0]);
     EXPECT_EQ(0, s.m_lClearCount[1]) << "a window takes the plain operation";
     s.SetClip(10, 10, 20, 20);
+    s.m_lPage = 1;
     s.AddShadowArea(0, 0, 12, 12);
     s.AddShadowArea(0, 0, 5, 5);
     for (int nPage = 0; nPage < 3; ++nPage)
@@ -164,7 +165,8 @@ TEST_F(CScreenBaseTest, ListsReachTheirPages)
         ASSERT_EQ(1, s.m_lValidateCount[nPage]);
         EXPECT_EQ((std::array<xlong, 4>{ 10, 10, 12, 12 }), Corners(s.m_ValidateAreas[nPage][0]));
     }
-    EXPECT_EQ(0, s.m_lPage);
+    EXPECT_EQ(1, s.m_lPage) << "still the present page";
+    s.m_lPage = 0;
 }
 
 TEST_F(CScreenBaseTest, ClipStackHolds32)

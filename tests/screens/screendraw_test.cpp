@@ -118,7 +118,7 @@ TEST_F(CDrawTest, EveryShadeOfEveryColourEqualsTheCube)
     EXPECT_EQ(0, pFrame[0] | pFrame[1]);
 }
 
-// The walk as it is told, pixel by pixel, with its mirroring.
+// The walk pixel by pixel, with its mirroring.
 TEST_F(CDrawTest, LinesEqualAPlainWalk)
 {
     for (xlong lDepth : s_lDepths)

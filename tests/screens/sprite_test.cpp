@@ -1,6 +1,6 @@
 #include "tarvix/sprite.h"
 
-#include "core/heap.h"
+#include "allocations.h"
 #include "screensupport.h"
 #include "tarvix/bitmap.h"
 
@@ -131,6 +131,7 @@ TEST_F(CSpriteTest, TakesFramesFromAListAndDrawsInItsClip)
     Screen()->FlipPage();
     EXPECT_EQ(130, Shown(52, 62).ucRed) << "the third field of the picture";
     EXPECT_EQ(Outside.ucRed, Shown(55, 62).ucRed);
+    EXPECT_EQ(0, Screen()->m_lClipDepth) << "the screen's own clip is back";
     Screen()->ClearBuffer();
     sprite.SetCurrentFrame(2);
     EXPECT_NE(2, sprite.m_lCurFrame);
@@ -155,19 +156,13 @@ TEST_F(CSpriteTest, TakesFramesFromAListAndDrawsInItsClip)
 TEST_F(CSpriteTest, RunsOutOfMemoryWithoutLoss)
 {
     MakeStrip(m_Strip, 3, 10, 10);
-    const size_t ulBlocks = HeapState().ulLiveBlocks;
-    bool bDone = false;
-    for (xlong l = 1; !bDone; ++l)
-    {
+    FailEachAllocation(
+        [&](auto arm)
         {
             CSprite sprite;
-            HeapFailAt(l);
-            const xlong lResult = sprite.Create(&m_Strip, nullptr, 10, 10, 0, 0, XSPRITE_LOOP, 0, 1);
-            bDone = !HeapFailed();
-            HeapFailAt(0);
-            EXPECT_TRUE(!bDone || lResult);
-        }
-        EXPECT_GE(ulBlocks + 6, HeapState().ulLiveBlocks); // nodes stay in their pool
-    }
+            arm();
+            return sprite.Create(&m_Strip, nullptr, 10, 10, 0, 0, XSPRITE_LOOP, 0, 1) != 0;
+        },
+        6);
 }
 } // namespace

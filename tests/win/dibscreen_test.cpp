@@ -228,6 +228,8 @@ TEST_F(CDibScreenTest, OnlyChangedAreasReachTheWindow)
     xHandler();
     EXPECT_EQ(32 * 32, TakePresented()) << "the restored area is shown too";
     EXPECT_NE(0xFF010203u, ShownAt(41, 51));
+    xHandler();
+    EXPECT_EQ(0, TakePresented()) << "and that was all";
 
     EXPECT_EQ(1, s.SetFlipScreen(0));
     s.FillRect(0, 0, 640, 480, TRGBA(9, 9, 9));

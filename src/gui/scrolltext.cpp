@@ -189,11 +189,13 @@ void CScrollText::FillStrip()
     if (!m_pBitmap || !m_pBitmap->m_pData || !m_Look.m_pFont)
         return;
     CBitmap &strip = *m_pBitmap;
+    if (strip.m_lWidth < 1 || strip.m_lHeight < 1)
+        return;
     strip.LockBitmapData();
     xMemset(strip.m_pData, EmptyValue(m_Look.m_pFont, m_Look.m_TextColor),
             (xulong)strip.m_lPitch * (xulong)strip.m_lHeight);
     unsigned char key[4];
-    memcpy(key, strip.m_pData, sizeof(key));
+    memcpy(key, strip.m_pData, (size_t)strip.m_lBytesPerPixel);
     m_Look.m_pFont->Text(&strip, m_pszBuffer + m_lCharIndex, 0, 0, (short)strip.m_lWidth, (short)strip.m_lHeight,
                          &m_Look.m_TextColor, nullptr, FONT_SINGLELINE);
     // The key colour stays in the corner, or a glyph that begins there would be

@@ -79,12 +79,12 @@ CWindowBase *Current(CLList &windows)
     return pEntry ? pEntry->pWindow : nullptr;
 }
 
-bool IsIn(const CLList &windows, const CWindowBase &window)
+xlong CountOf(const CLList &windows, const CWindowBase &window)
 {
+    xlong lCount = 0;
     for (const TWinEntry *pEntry : Each<TWinEntry>(windows))
-        if (pEntry->pWindow == &window)
-            return true;
-    return false;
+        lCount += pEntry->pWindow == &window;
+    return lCount;
 }
 
 bool IsClick(signed char cButtons)
@@ -102,6 +102,14 @@ bool FindNode(CLList &windows, xlong lID)
 {
     for (windows.First(); windows.Exists(); windows.Next())
         if (Current(windows)->m_lID == lID)
+            return true;
+    return false;
+}
+
+bool FindNode(CLList &windows, const CWindowBase &window)
+{
+    for (windows.First(); windows.Exists(); windows.Next())
+        if (Current(windows) == &window)
             return true;
     return false;
 }
@@ -262,15 +270,17 @@ xlong CWinCtrl::RemoveWindow(xlong lID)
 
 xlong CWinCtrl::TakeWindow(CWindowBase *pWindow)
 {
+    // One that was added twice stands there twice; the last one to go brings
+    // another window to the front.
     xlong lResult = 0;
-    for (m_Windows.First(); m_Windows.Exists();)
-        if (Current(m_Windows) == pWindow)
-        {
-            lResult = RemoveCurrent();
-            m_Windows.First();
-        }
-        else
-            m_Windows.Next();
+    while (FindNode(m_Windows, *pWindow))
+    {
+        TWinEntry *const pEntry = (TWinEntry *)m_Windows.Get();
+        if (CountOf(m_Windows, *pWindow) == 1)
+            return RemoveCurrent();
+        lResult = m_Windows.Delete();
+        XDELETE(pEntry);
+    }
     return lResult;
 }
 
@@ -494,7 +504,7 @@ bool CWinCtrl::OfferMouse(xlong lX, xlong lY, signed char cButtons)
         if (IsHidden(*pWindow) || pWindow->GuiMsgHandler(XGUIMSG_MOUSE, lX, lY, cButtons, nullptr) != 1)
             continue;
         // Its callback may have taken the window out.
-        if (!alive || !IsIn(m_Windows, *pWindow))
+        if (!alive || !CountOf(m_Windows, *pWindow))
             return IsClick(cButtons);
         if (pWindow->m_pMouseCntrl && !glb->m_pMouse->SetCursorCalled())
             ShowCursorOf(pWindow->m_pMouseCntrl, m_ulCursorDefault);

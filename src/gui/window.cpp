@@ -482,6 +482,9 @@ CWindow::CWindow() : m_pTitlebar(nullptr), m_pFrame(nullptr) {}
 
 CWindow::~CWindow()
 {
+    // Before anything of it is gone: the manager's lists are walked on the way.
+    if (glb && glb->m_pWinCtrl)
+        glb->m_pWinCtrl->TakeWindow(this);
     CWindow::Destroy();
 }
 

@@ -68,7 +68,7 @@ public:
     {
         const unsigned char ucKind = m_Next();
         CMouseBase &mouse = *glb->m_pMouse;
-        if (ucKind % 8 < 3)
+        if (ucKind % 8 < 2)
         {
             mouse.m_lX = m_Next() % WIDTH;
             mouse.m_lY = m_Next() % HEIGHT;
@@ -100,10 +100,28 @@ private:
         --m_nDepth;
     }
 
-    static void OnMessage(xlong, xlong, xlong, xparam, void *pUser)
+    static void OnMessage(xlong, xlong lWindow, xlong lCntrl, xparam, void *pUser)
     {
         if (pUser)
-            ((CChaos *)pUser)->Maybe();
+            ((CChaos *)pUser)->Answer(lWindow, lCntrl);
+    }
+
+    // Often it is the sender that goes.
+    void Answer(xlong lWindow, xlong lCntrl)
+    {
+        const unsigned char ucKind = m_Next();
+        if (m_bQuiet || ucKind % 4)
+            return Maybe();
+        for (int n = 0; n < WINDOWS + CONTROLS; ++n)
+        {
+            CWindow *const pWindow = n < WINDOWS ? m_apWindows[n].get() : nullptr;
+            CControlBase *const pControl = n < WINDOWS ? nullptr : m_apControls[n - WINDOWS].get();
+            if ((ucKind & 4 && pWindow && pWindow->GetID() == lWindow) ||
+                (!(ucKind & 4) && pControl && pControl->GetID() == lCntrl))
+                return Delete(n);
+        }
+        if (lWindow == 50)
+            std::unique_ptr<CDialog>(std::move(m_pDialog));
     }
 
     // Half of all callbacks do nothing.
@@ -139,7 +157,7 @@ private:
                                          XWIN_ZORDERFIRST | XWIN_ZORDER | XWIN_ZORDERLAST | XWIN_TITLEBAR,
                                          XWIN_HIGHLIGHTIFINACTIVE | XWIN_DRAG | XWIN_TITLEBAR };
         CWindow *const pWindow = pSlot.get();
-        pWindow->Create(1 + (xlong)(m_Next() % 6), m_szText, Near(), Near(), 60 + Near(), 60 + Near(),
+        pWindow->Create(1 + (xlong)(m_Next() % 6), m_szText, Near(), Near(), 120 + Near(), 100 + Near(),
                         s_Flags[m_Next() % 6]);
         glb->m_pWinCtrl->AddWindow(pWindow, OnMessage, this);
     }
@@ -149,14 +167,30 @@ private:
         std::unique_ptr<CControlBase> &pSlot = m_apControls[m_Next() % CONTROLS];
         if (pSlot)
             return;
-        const xlong lID = 10 + (xlong)(m_Next() % 30), lX = Near(), lY = Near(), lWidth = 10 + m_Next() % 80,
-                    lHeight = 8 + m_Next() % 30;
+        const xlong lID = 10 + (xlong)(m_Next() % 30), lX = Near() / 2, lY = Near() / 2, lWidth = 30 + m_Next() % 80,
+                    lHeight = 20 + m_Next() % 40;
         const short sKey = (short)('a' + m_Next() % 3);
         static const xlong s_Flags[] = { 0, CNTRL_TABSTOP, CNTRL_TRANSPARENT, CNTRL_ALPHA, CNTRL_EXTRUDED };
         const xlong lFlags = s_Flags[m_Next() % 5];
         CWindow *const pWindow = Window();
-        switch (m_Next() % 9)
+        switch (m_Next() % 11)
         {
+        case 9:
+        case 10: // radio buttons are what hangs together most
+        case 3:
+        case 4:
+        {
+            auto p = std::make_unique<CRadiobutton>();
+            p->Create(lID, m_szText, lX, lY, lWidth, lHeight, m_Next() % 2 ? 12 : 0, sKey, lFlags);
+            pSlot = std::move(p);
+            for (const auto &pOther : m_apControls)
+                if (CGroupbox *pGroup = dynamic_cast<CGroupbox *>(pOther.get()))
+                {
+                    pGroup->Add((CRadiobutton *)pSlot.get());
+                    return;
+                }
+            break;
+        }
         case 0:
         case 1:
         {
@@ -170,20 +204,6 @@ private:
             auto p = std::make_unique<CCheckbox>();
             p->Create(lID, m_szText, lX, lY, lWidth, lHeight, m_Next() % 2 ? 12 : 0, sKey, lFlags);
             pSlot = std::move(p);
-            break;
-        }
-        case 3:
-        case 4:
-        {
-            auto p = std::make_unique<CRadiobutton>();
-            p->Create(lID, m_szText, lX, lY, lWidth, lHeight, m_Next() % 2 ? 12 : 0, sKey, lFlags);
-            pSlot = std::move(p);
-            for (const auto &pOther : m_apControls)
-                if (CGroupbox *pGroup = dynamic_cast<CGroupbox *>(pOther.get()))
-                {
-                    pGroup->Add((CRadiobutton *)pSlot.get());
-                    return;
-                }
             break;
         }
         case 5:
@@ -217,7 +237,7 @@ private:
             pSlot = std::move(p);
         }
         }
-        if (pWindow)
+        if (pWindow && lID % 8)
             pWindow->AddCntrl(pSlot.get());
     }
 

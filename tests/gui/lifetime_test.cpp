@@ -36,7 +36,7 @@ const TFateCase s_Fates[] = {
 };
 
 // A window with one of each, where a fixed hand clicks, types and drags.
-class CLifetimeTest : public CGuiTest, public testing::WithParamInterface<std::tuple<TFateCase, xlong>>
+class CLifetimeTest : public CGuiTest, public testing::WithParamInterface<std::tuple<TFateCase, xlong, int>>
 {
 protected:
     enum
@@ -83,7 +83,8 @@ protected:
 
     void Answer(xlong lMsg, xlong lCntrl)
     {
-        if (m_bDone || lMsg != std::get<1>(GetParam()))
+        // The n-th of them: the first ones come from the same control.
+        if (m_bDone || lMsg != std::get<1>(GetParam()) || m_nSeen++ < std::get<2>(GetParam()))
             return;
         m_bDone = true;
         std::unique_ptr<CControlBase> *const ppSender =
@@ -149,6 +150,7 @@ protected:
     std::unique_ptr<CWindow> m_pWindow;
     std::unique_ptr<CControlBase> m_apControls[CONTROLS];
     bool m_bDone = false;
+    int m_nSeen = 0;
     char m_szText[4] = "xy";
 };
 } // namespace
@@ -157,7 +159,7 @@ TEST_P(CLifetimeTest, TheRestGoesOn)
 {
     Build();
     Use();
-    EXPECT_TRUE(m_bDone) << "the message never came";
+    EXPECT_TRUE(m_bDone || std::get<2>(GetParam())) << "the message never came";
     for (auto &pControl : m_apControls)
         pControl.reset();
     Frame();
@@ -168,9 +170,13 @@ TEST_P(CLifetimeTest, TheRestGoesOn)
 
 INSTANTIATE_TEST_SUITE_P(Messages, CLifetimeTest,
                          testing::Combine(testing::ValuesIn(s_Fates),
-                                          testing::Values<xlong>(1, 2, 3, 6, 7, 10, 19, 23, 24)),
+                                          testing::Values<xlong>(1, 2, 3, 6, 7, 10, 19, 23, 24),
+                                          testing::Values(0, 1, 2, 4)),
                          [](const auto &info)
-                         { return std::get<0>(info.param).pszName + std::to_string(std::get<1>(info.param)); });
+                         {
+                             return std::get<0>(info.param).pszName + std::to_string(std::get<1>(info.param)) + "_" +
+                                    std::to_string(std::get<2>(info.param));
+                         });
 
 namespace
 {

@@ -513,7 +513,11 @@ bool CWinCtrl::OfferMouse(xlong lX, xlong lY, signed char cButtons)
         if (lIndex > 0)
             ToFront(pWindow->m_lID);
         else
-            pWindow->GuiMsgHandler(XGUIMSG_ACTIVATE, pWindow->m_lID, 0, 1, nullptr);
+        {
+            // The press may have opened another window in front of it.
+            const TWinEntry *const pFront = (TWinEntry *)m_Windows.m_pFirst->pData;
+            pWindow->GuiMsgHandler(XGUIMSG_ACTIVATE, pFront->pWindow->m_lID, 0, 1, nullptr);
+        }
         return true;
     }
     return false;

@@ -451,14 +451,18 @@ xlong CWindowBase::ActivateMessage(xlong lP1, xparam lP3)
 {
     const bool bMine = lP1 == m_lID;
     const xlong bActive = bMine ? (xlong)lP3 : 0;
-    CControlBase *const pTitlebar = Titlebar();
-    if (pTitlebar && (!bMine || m_bActive != bActive))
+    // A click into the window in front comes here too: it must not take the
+    // keyboard from the control that it has just given it to.
+    const bool bChanges = !bMine || m_bActive != bActive;
+    m_bActive = bActive;
+    if (!bChanges)
+        return 1;
+    if (CControlBase *pTitlebar = Titlebar())
     {
         pTitlebar->GuiMsgHandler(XGUIMSG_ACTIVATE, 0, 0, bActive, nullptr);
         pTitlebar->Validate();
     }
     SetFocus(nullptr);
-    m_bActive = bActive;
     return 1;
 }
 

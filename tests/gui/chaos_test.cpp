@@ -21,7 +21,12 @@ protected:
 // makes a host do leaves nothing that dangles, and nothing behind.
 TEST_F(CChaosTest, AHostMayDoAnythingAnywhere)
 {
-    for (unsigned uSeed = 1; uSeed <= 400; ++uSeed)
+#ifdef _WIN32
+    const unsigned uSeeds = 4; // with real windows and real time
+#else
+    const unsigned uSeeds = 400;
+#endif
+    for (unsigned uSeed = 1; uSeed <= uSeeds; ++uSeed)
     {
         SCOPED_TRACE(uSeed);
         std::mt19937 random(uSeed);

@@ -200,6 +200,21 @@ TEST_F(CButtonTest, DrawsFaceBevelBorderAndText)
     EXPECT_EQ(255, Shown(lLeft + 3, lTop + 3).ucRed);
 }
 
+// 7 by 5: the middle row is the last step of the bevel.
+TEST_F(CButtonTest, ABevelOverHalfOfTheSizeEndsInTheMiddle)
+{
+    CButton button;
+    button.Create(9, nullptr, 10, 10, 7, 5, 0, CNTRL_EXTRUDED);
+    button.SetBevelSize(9);
+    m_Window.AddCntrl(&button);
+    m_Window.Validate();
+    Frame();
+    EXPECT_EQ(250, Shown(113, 111).ucRed);
+    EXPECT_EQ(32, Shown(113, 112).ucRed);
+    EXPECT_EQ(32, Shown(113, 113).ucRed);
+    EXPECT_EQ(0, Shown(118, 118).ucRed) << "nothing beside it";
+}
+
 TEST_F(CButtonTest, TakesTheLookOfItsTemplate)
 {
     CBitmap bitmap;

@@ -152,6 +152,17 @@ TEST_F(CGroupTest, KeepsOneSelected)
     EXPECT_EQ("767", States()) << "radio buttons don't know the flag";
 }
 
+TEST_F(CGroupTest, TakesTheCursorOfTheButtonUnderThePointer)
+{
+    CWinCtrl &manager = *glb->m_pWinCtrl;
+    m_Radios[1].m_pCursor = &manager.m_ulCursorText;
+    Point(120, 145); // arms it
+    Frame();
+    EXPECT_EQ(&manager.m_ulCursorText, m_Group.m_pCursor);
+    Point(200, 200);
+    EXPECT_EQ(&manager.m_ulCursorDefault, m_Group.m_pCursor);
+}
+
 TEST_F(CGroupTest, MovesAndFreesItsButtons)
 {
     m_Group.SetPos(20, 5);

@@ -300,7 +300,41 @@ TEST_F(CSessionTest, LooksTheSameEverywhere)
     }
 }
 
+// Each length of the plain part puts the escapes at another place of the pieces
+// that are written.
+TEST_F(CReplayTest, LongPastesAreRecordedWhole)
+{
+    for (size_t ulPlain = 0; ulPlain < 8; ++ulPlain)
+    {
+        ASSERT_EQ(1, m_Replay.Record("session.txt"));
+        const std::string strPlain(ulPlain, 'a');
+        m_Replay.OnPaste((strPlain + std::string(200, '\x81')).c_str());
+        ASSERT_EQ(1, m_Replay.Stop());
+        std::string strWanted = " paste \"" + strPlain;
+        for (int n = 0; n < 200; ++n)
+            strWanted += "\\x81";
+        EXPECT_NE(std::string::npos, ReadFile("session.txt").find(strWanted + "\"\n")) << ulPlain;
+    }
+}
+
 #ifndef _WIN32
+// Time that a timer had saved up before belongs to the clock before.
+TEST_F(CReplayTest, TimersBeginAnewWithTheSession)
+{
+    CTickCounter timer;
+    timer.AddTimer(70);
+    xHandler();
+    FaceAdvanceClock(60);
+    xHandler();
+    ASSERT_EQ(1, Play(Events("3 end"))) << LastError();
+    while (m_Replay.IsPlaying())
+        xHandler();
+    EXPECT_EQ(0, timer.m_nTicks) << "three frames of 20 ms";
+    FaceAdvanceClock(69);
+    xHandler();
+    EXPECT_EQ(0, timer.m_nTicks) << "nor does the session's time count behind it";
+}
+
 TEST_F(CSessionTest, ReplayShowsWhatTheRecordingShowed)
 {
     static const int s_Keys[] = { 'A', 'B', VK_LSHIFT, VK_RSHIFT, VK_LCONTROL, VK_TAB, VK_F1, 'V' };

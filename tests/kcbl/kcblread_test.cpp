@@ -270,6 +270,8 @@ TEST_F(CKCBLRead, ReadsEveryForm)
         { "Key = {{1, 2}, {3}}", "Key:[1,2,3]" },
         { "Key = {\"}\", 2} ; n\nb", "Key:[},2]; n|b" },
         { "Key = {}", "Key:[]" },
+        { "Key = {1, 2};\nb", "Key:[1,2];|b" },
+        { "Key = {{1}; n\nb", "Key:[1,; n]:; n|b" },
         { "Key = {1}}", "Key:[1]:}" },
         { "Key = 1}", "Key:1}" },
         { "Key = {1, ; one\n 2}", "Key:[1,2]" },

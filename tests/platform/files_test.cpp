@@ -112,6 +112,19 @@ TEST_F(PlatformFiles, BadPathsFailCleanly)
     EXPECT_EQ(ENAMETOOLONG, errno);
     EXPECT_FALSE(ResolvePath(strMany.c_str(), szReal));
     EXPECT_TRUE(ResolvePath(strDeep.c_str(), szReal));
+    // Found by letters of one byte, a name of two bytes a letter has to fit too.
+    std::string strTwoBytes;
+    for (int i = 0; i < 100; ++i)
+        strTwoBytes += "\xC3\xA4";
+    fs::create_directory(m_Folder / strTwoBytes);
+    char szGuarded[2 * PATH_MAX];
+    memset(szGuarded, 'g', sizeof(szGuarded));
+    const size_t ulFits = PATH_MAX - 1 - strTwoBytes.size();
+    EXPECT_TRUE(ResolvePath((std::string(100, '\xC4') + std::string(ulFits, '/')).c_str(), szGuarded));
+    EXPECT_EQ(strTwoBytes + std::string(ulFits, '/'), szGuarded);
+    EXPECT_FALSE(ResolvePath((std::string(100, '\xC4') + std::string(ulFits + 1, '/')).c_str(), szGuarded));
+    EXPECT_EQ(ENAMETOOLONG, errno);
+    EXPECT_EQ(std::string(PATH_MAX, 'g'), std::string(szGuarded + PATH_MAX, PATH_MAX));
     EXPECT_EQ(nullptr, PlatformOpenFile(strLong.c_str(), "rb"));
     EXPECT_EQ(nullptr, PlatformOpenFile(std::string(300, 'n').c_str(), "wb"));
     EXPECT_EQ(nullptr, PlatformOpenFile("", "rb"));

@@ -24,9 +24,7 @@ std::string Bytes(const TBits &bits)
     return str;
 }
 
-class CBitTest : public CFolderTest
-{
-};
+using CBitTest = CFolderTest;
 
 TEST_F(CBitTest, FileAndStreamAgreeOnTheOrderOfBits)
 {

@@ -59,7 +59,10 @@ protected:
     }
 
 #ifndef _WIN32
-    ~CTimerTest() override { FaceStop(); }
+    ~CTimerTest() override
+    {
+        FaceStop();
+    }
 #endif
 
     size_t Update(xulong ulPassed)

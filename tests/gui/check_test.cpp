@@ -84,10 +84,10 @@ TEST_F(CCheckTest, AnswerTheMouseUpToTheEndOfTheirText)
         EXPECT_EQ(c.lHeight - 1, rcArea.Height()) << c.pszName;
         if (c.lBoxWidth < 90) // the text of the last one wraps
             EXPECT_EQ(c.lWidth - 1, rcArea.Width()) << c.pszName;
-        EXPECT_EQ(c.lBoxWidth != 0, box.m_pCaption != nullptr);
+        EXPECT_EQ(c.lBoxWidth != 0, box.m_pCaption != nullptr) << c.pszName;
         if (box.m_pCaption)
-            EXPECT_EQ(30 + c.lBoxWidth, box.m_pCaption->m_lX);
-        EXPECT_EQ(c.lBoxWidth ? CNTRL_HASBITMAP | CNTRL_BMTRANS : 0, box.GetFlags());
+            EXPECT_EQ(30 + c.lBoxWidth, box.m_pCaption->m_lX) << c.pszName;
+        EXPECT_EQ(c.lBoxWidth ? CNTRL_HASBITMAP | CNTRL_BMTRANS : 0, box.GetFlags()) << c.pszName;
     }
 }
 

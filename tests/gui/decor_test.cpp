@@ -263,6 +263,7 @@ TEST_F(CDecorTest, LinksOpenTheirAddress)
     } cases[] = { { "http://localhost/page", "http://localhost/page\n" }, { "me@localhost", "mailto:me@localhost\n" } };
     for (const auto &c : cases)
     {
+        SCOPED_TRACE(c.pszURL);
         std::filesystem::remove("opened");
         CWindow window;
         window.Create(1, nullptr, 100, 100, 300, 200, 0);

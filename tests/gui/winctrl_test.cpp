@@ -248,6 +248,7 @@ TEST_F(CWinCtrlTest, CallbacksMayTakeWindowsAway)
     CButton button;
     for (const xlong lFlags : { (xlong)0, (xlong)XWIN_MODAL })
     {
+        SCOPED_TRACE(lFlags ? "modal" : "plain");
         CWindow &below = Add(0);
         CWindow window;
         window.Create(50, nullptr, 300, 300, 100, 100, lFlags);

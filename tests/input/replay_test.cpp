@@ -1,6 +1,5 @@
 #include "tarvix/replay.h"
 
-#include "core/heap.h"
 #include "gui/guisupport.h"
 #include "tarvix/button.h"
 #include "tarvix/host.h"
@@ -158,23 +157,16 @@ TEST_F(CReplayTest, OtherModesAndMissingFilesAreRefused)
     EXPECT_EQ(0, m_Replay.Record("new.txt", 1001));
     EXPECT_EQ(0, m_Replay.Record("new.txt", -1));
     WriteFile("file.txt", Events("1 end\n"));
-    for (xlong l = 1;; ++l)
-    {
-        ASSERT_LT(l, 20);
-        const size_t ulBefore = HeapState().ulLiveBlocks;
-        HeapFailAt(l);
-        const xlong lResult = m_Replay.Play("file.txt");
-        const bool bFailed = HeapFailed();
-        HeapFailAt(0);
-        if (lResult)
+    FailEachAllocation(
+        [this]
         {
-            EXPECT_FALSE(bFailed);
-            break;
-        }
-        EXPECT_EQ(XERR_MEMORY, glb->m_Error.GetErrCode());
-        EXPECT_EQ(ulBefore, HeapState().ulLiveBlocks);
-    }
-    m_Replay.Stop();
+            const bool bWorked = m_Replay.Play("file.txt") == 1;
+            EXPECT_EQ(HeapFailed(), !bWorked);
+            if (!bWorked)
+                EXPECT_EQ(XERR_MEMORY, glb->m_Error.GetErrCode());
+            m_Replay.Stop();
+            return bWorked;
+        });
     HeapFailAt(1);
     EXPECT_EQ(0, m_Replay.Record("new.txt"));
     HeapFailAt(0);

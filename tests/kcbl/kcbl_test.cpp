@@ -233,14 +233,15 @@ TEST_F(CKCBLTest, FindsItemsFromTheCursorOn)
     };
     for (const auto &c : cases)
     {
+        SCOPED_TRACE(std::string(c.apsz[0]) + " from " + std::to_string(c.nStart) + (c.lRestart ? " round" : " on"));
         ImportText(m_Kcbl, strText);
         m_Kcbl.RestartMode(c.lRestart);
         if (c.nStart < 0)
             m_Kcbl.m_pCurChunk->First();
         for (int n = 0; n < c.nStart; ++n)
             m_Kcbl.NextItem(0);
-        EXPECT_EQ(c.lFound, m_Kcbl.FindItem(c.apsz[0], c.apsz[1], c.apsz[2], c.apsz[3])) << c.apsz[0];
-        EXPECT_EQ(c.pszCursor, m_Kcbl.ItemExists() ? Where() + " " + m_Kcbl.GetString(0) : "-") << c.apsz[0];
+        EXPECT_EQ(c.lFound, m_Kcbl.FindItem(c.apsz[0], c.apsz[1], c.apsz[2], c.apsz[3]));
+        EXPECT_EQ(c.pszCursor, m_Kcbl.ItemExists() ? Where() + " " + m_Kcbl.GetString(0) : "-");
         if (c.lFound)
             EXPECT_EQ(1, m_Kcbl.FindItem(c.apsz[0], c.apsz[1], c.apsz[2], c.apsz[3])) << "not the same again";
     }

@@ -1,7 +1,5 @@
 #include "kcbl/kcblsupport.h"
 
-#include "core/heap.h"
-
 #include <random>
 
 namespace
@@ -496,26 +494,19 @@ TEST_F(CKCBLRead, ExhaustionLeavesNothingBehind)
     WriteFile("example.txt", s_szExample);
     ASSERT_EQ(1, m_Kcbl.Load("example.txt")); // the pool of list nodes is made
     m_Kcbl.Free();
-    const size_t ulBlocks = HeapState().ulLiveBlocks;
-    bool bDone = false;
-    for (xlong lFail = 1; !bDone; ++lFail)
-    {
+    FailEachAllocation(
+        []
         {
             CKCBL kcbl;
             glb->m_Error.Clear();
-            HeapFailAt(lFail);
-            const xlong lResult = kcbl.Load("example.txt");
-            bDone = !HeapFailed();
-            HeapFailAt(0);
-            EXPECT_EQ(bDone, lResult == 1);
-            EXPECT_EQ(bDone ? XERR_NONE : XERR_MEMORY, glb->m_Error.GetErrCode()) << lFail;
+            const bool bWorked = kcbl.Load("example.txt") == 1;
+            EXPECT_EQ(HeapFailed(), !bWorked);
+            EXPECT_EQ(bWorked ? XERR_NONE : XERR_MEMORY, glb->m_Error.GetErrCode());
             // What was built so far can be walked and freed.
             for (kcbl.MainChunk(), kcbl.FirstItem(); kcbl.ItemExists(); kcbl.NextItem(0))
                 EXPECT_NE(nullptr, kcbl.GetKeyword());
-        }
-        ASSERT_EQ(ulBlocks, HeapState().ulLiveBlocks) << lFail;
-        ASSERT_LT(lFail, 100);
-    }
+            return bWorked;
+        });
 }
 
 TEST_F(CKCBLRead, LoadReportsWhatTheFileLacks)

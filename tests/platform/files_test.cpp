@@ -1,42 +1,23 @@
 #include "platform/path.h"
 
-#include <gtest/gtest.h>
+#include "support.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
-#include <string>
 #include <sys/stat.h>
-#include <unistd.h>
-#include <vector>
 
 namespace
 {
 namespace fs = std::filesystem;
 
-class PlatformFiles : public testing::Test
+class PlatformFiles : public CFolderTest
 {
 protected:
-    PlatformFiles() : m_Old(fs::current_path())
-    {
-        char szFolder[] = "/tmp/tarvix-platform-XXXXXX";
-        m_Folder = mkdtemp(szFolder);
-        fs::current_path(m_Folder);
-    }
-
-    ~PlatformFiles() override
-    {
-        fs::current_path(m_Old);
-        fs::remove_all(m_Folder);
-    }
-
     void Make(const std::string &strPath, const std::string &strText = "text")
     {
         fs::create_directories((m_Folder / strPath).parent_path());
-        std::ofstream(m_Folder / strPath) << strText;
+        WriteFile(Path(strPath), strText);
     }
 
     std::string Read(const char *pszPath)
@@ -49,8 +30,6 @@ protected:
         fclose(pFile);
         return std::string(szText, ulRead);
     }
-
-    fs::path m_Old, m_Folder;
 };
 
 struct TPathCase
@@ -88,7 +67,7 @@ TEST_F(PlatformFiles, PathsAreFoundWithoutRegardToCase)
     for (const TPathCase &c : s_Paths)
     {
         char szReal[PATH_MAX];
-        ASSERT_TRUE(ResolvePath(c.pszAsked, szReal));
+        ASSERT_TRUE(ResolvePath(c.pszAsked, szReal)) << c.pszAsked;
         EXPECT_STREQ(c.pszFound ? c.pszFound : c.pszAsked, szReal);
     }
     const std::string strAbsolute = m_Folder.string() + "/DATA/SUB FOLDER/PICTURE.BMP";
@@ -365,6 +344,7 @@ TEST(PlatformPathParts, AreSplitAtTheLastDotAndSeparator)
     };
     for (const auto &c : cases)
     {
+        SCOPED_TRACE(c.pszPath);
         char szDrive[_MAX_DRIVE], szDir[_MAX_DIR], szName[_MAX_FNAME], szExt[_MAX_EXT];
         _splitpath(c.pszPath, szDrive, szDir, szName, szExt);
         EXPECT_STREQ(c.pszDrive, szDrive);

@@ -2,9 +2,7 @@
 
 namespace
 {
-class PlatformWindow : public CFaceTest
-{
-};
+using PlatformWindow = CFaceTest;
 
 RECT WindowRect(HWND hWnd)
 {

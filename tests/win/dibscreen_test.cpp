@@ -7,12 +7,7 @@
 
 #include <array>
 
-namespace
-{
-class CDibScreenTest : public CScreenTest
-{
-};
-} // namespace
+using CDibScreenTest = CScreenTest;
 
 TEST_F(CDibScreenTest, ListsEighteenModes)
 {
@@ -29,16 +24,17 @@ TEST_F(CDibScreenTest, ListsEighteenModes)
         ASSERT_NE(0, s.ModeExists());
         const xlong *plWanted = s_lModes[n / 2];
         const SVmode &mode = *s.ModeGet();
+        char szName[64];
+        snprintf(szName, sizeof(szName), "Windows %ld*%ld %ldbit", (long)plWanted[0], (long)plWanted[1],
+                 (long)plWanted[2]);
+        SCOPED_TRACE(szName);
+        EXPECT_STREQ(szName, mode.szName);
         EXPECT_EQ(plWanted[0], mode.lWidth);
         EXPECT_EQ(plWanted[1], mode.lHeight);
         EXPECT_EQ(plWanted[2], mode.lDepth);
         EXPECT_EQ(plWanted[3 + n % 2], mode.lId);
         EXPECT_EQ(n % 2 ? XMODE_DESKTOP : XMODE_WINDOW, mode.lKind);
         EXPECT_EQ(mode.lWidth * mode.lDepth / 8, mode.lRowBytes);
-        char szName[64];
-        snprintf(szName, sizeof(szName), "Windows %ld*%ld %ldbit", (long)plWanted[0], (long)plWanted[1],
-                 (long)plWanted[2]);
-        EXPECT_STREQ(szName, mode.szName);
     }
     EXPECT_EQ(1, s.AddWindowVideoMode(320, 200, 16, -1));
     EXPECT_EQ(1, s.AddWindowVideoMode(320, 200, 16, -1));
@@ -63,6 +59,7 @@ TEST_F(CDibScreenTest, EveryModeStartsInBothKinds)
             for (xlong lDepth : { 8, 16, 24 })
             {
                 SetMode(lWidth, lWidth * 3 / 4, lDepth, lKind);
+                SCOPED_TRACE(Mode().szName);
                 EXPECT_EQ(lDepth, Mode().lDepth);
                 EXPECT_EQ(-lWidth * 3 / 4, Screen()->m_pDib->GetHeight());
                 EXPECT_EQ(lWidth - 1, Screen()->m_rcClip.m_lRight);
@@ -86,6 +83,7 @@ TEST_F(CDibScreenTest, ScreenDrawingLastsOneFrame)
     for (xlong lDepth : { 8, 16, 24 })
     {
         SetMode(640, 480, lDepth);
+        SCOPED_TRACE(Mode().szName);
         CDibScreen &s = *Screen();
         CBitmap picture, sprite;
         picture.CreateRGB(640, 480, 24, 8, 8, 8, 0, 8, 16, 0);

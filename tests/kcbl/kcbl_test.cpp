@@ -57,6 +57,7 @@ TEST_F(CKCBLTest, NothingHappensWithoutATree)
     EXPECT_EQ(0, m_Kcbl.ReplaceItem(nullptr, KEND));
     ASSERT_EQ(1, m_Kcbl.Init());
     EXPECT_EQ(0, m_Kcbl.FirstItem()) << "the first of a list is not seen";
+    EXPECT_STREQ("; I don't exist", ((TKCBLKeyword *)m_Kcbl.m_MainChunk.m_pFirst->pData)->pszKeyword);
     m_Kcbl.Free();
     m_Kcbl.Free();
     EXPECT_EQ(0, m_Kcbl.m_bInitialized);

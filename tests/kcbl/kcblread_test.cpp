@@ -193,53 +193,6 @@ TModelItem ModelScan(const std::string &strText)
 }
 } // namespace
 
-TEST_F(CKCBLRead, GivesTheItemsOfTheExample)
-{
-    const struct
-    {
-        const char *pszKeyword;
-        std::string strBody;
-        xlong lNumStrings;
-    } expected[] = {
-        { "; script", "\xFF", 0 },
-        { "Title",
-          std::string("Hi, you\0"
-                      "3\0; note\0\xFF",
-                      18),
-          3 },
-        { "Sizes",
-          std::string("\xFD"
-                      "1\0"
-                      "2\0\xFEYES\0\xFF",
-                      11),
-          2 },
-        { "{", std::string("Panel\0main\0\xFF", 12), 2 },
-        { "[", std::string("Notes\0ASCIIDATA\0some text\n\0\xFF", 28), 3 },
-    };
-    WriteFile("example.txt", s_szExample);
-    ASSERT_EQ(1, m_Kcbl.Load("example.txt"));
-    EXPECT_STREQ("; I don't exist", ((TKCBLKeyword *)m_Kcbl.m_MainChunk.m_pFirst->pData)->pszKeyword);
-    for (const auto &e : expected)
-    {
-        ASSERT_STREQ(e.pszKeyword, m_Kcbl.GetKeyword());
-        EXPECT_EQ(e.strBody, BodyOf(m_Kcbl.GetCurKeyword()));
-        EXPECT_EQ(e.lNumStrings, m_Kcbl.GetNumStrings());
-        if (m_Kcbl.EnterChunk())
-        {
-            EXPECT_EQ(2, m_Kcbl.m_pCurChunk->GetNumNodes());
-            EXPECT_STREQ("Width", m_Kcbl.GetKeyword());
-            EXPECT_STREQ("640", m_Kcbl.GetString(0));
-            EXPECT_EQ(1, m_Kcbl.ExitChunk());
-        }
-        m_Kcbl.NextItem(0);
-    }
-    EXPECT_EQ(0, m_Kcbl.ItemExists());
-    EXPECT_EQ(1, m_Kcbl.Save("saved.txt"));
-    std::string strSaved = s_szExample;
-    strSaved.replace(strSaved.find("3   ;"), 5, "3\t\t;");
-    EXPECT_EQ(strSaved, ReadFile("saved.txt"));
-}
-
 // Texts and the tree they are: items as "keyword|string|string", chunks in braces.
 TEST_F(CKCBLRead, ReadsEveryForm)
 {
@@ -450,18 +403,6 @@ TEST_F(CKCBLRead, AgreesWithTheModelOnRandomTexts)
         ASSERT_EQ(model.strBody, std::string(pItem->pszKeyword, (size_t)pItem->lSize)) << strText;
     }
     EXPECT_LT(10000, nGood);
-}
-
-TEST_F(CKCBLRead, LineEndsMakeNoDifference)
-{
-    std::string strDos = s_szExample;
-    strDos.resize(strDos.find("[ ="));
-    ImportText(m_Kcbl, strDos);
-    const std::string strExpected = Dump(m_Kcbl.m_MainChunk);
-    for (size_t ul = 0; (ul = strDos.find('\n', ul)) != std::string::npos; ul += 2)
-        strDos.insert(ul, "\r");
-    ImportText(m_Kcbl, strDos);
-    EXPECT_EQ(strExpected, Dump(m_Kcbl.m_MainChunk));
 }
 
 TEST_F(CKCBLRead, LongTextsAndDeepNestingAreLinear)

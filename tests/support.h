@@ -3,6 +3,7 @@
 
 #include "core/heap.h"
 #include "tarvix/globals.h"
+#include "tarvix/strings.h"
 #include "tarvix/system.h"
 
 #include <gtest/gtest.h>
@@ -115,4 +116,10 @@ void FailEachAllocation(TCall call)
 }
 
 /// A string of the library's heap as a std::string, freed; "(null)" for null.
-std::string TakeString(char *psz);
+inline std::string TakeString(char *psz)
+{
+    const std::string str = psz ? psz : "(null)";
+    if (psz)
+        String_Free(psz);
+    return str;
+}

@@ -185,7 +185,7 @@ TEST_F(CWindowTest, PastesOneLineOfPlainText)
         xlong lFlags;
         const char *pszResult;
     } cases[] = {
-        { "Plain", "abc", CNTRL_TABSTOP, "abc" },
+        { "Plain", "a c", CNTRL_TABSTOP, "a c" },
         { "Cut", "abcdefghij", CNTRL_TABSTOP, "abcdefg" },
         { "LineEnd", "ab\r\ncd", CNTRL_TABSTOP | CNTRL_MULTILINE, "old" },
         { "Accent",

@@ -5,7 +5,12 @@ namespace
 class CKCBLTags : public CFolderTest
 {
 protected:
-    std::string Body() { return BodyOf(m_Kcbl.GetCurKeyword()); }
+    // The bytes of the current item behind its keyword, "\xFF" as the last.
+    std::string Body()
+    {
+        const TKCBLKeyword &item = *m_Kcbl.GetCurKeyword();
+        return std::string(item.pszKeyword, (size_t)item.lSize).substr(strlen(item.pszKeyword) + 1);
+    }
 
     CTestKCBL m_Kcbl;
 };

@@ -298,18 +298,15 @@ TEST(StartTest, EveryAllocationOfAStartMayFail)
               std::string(24, 0) + std::string(16, 'x');
     WriteFile(file.string(), strBmp);
     ASSERT_TRUE(FaceStart(&desktop));
-    const size_t ulBefore = HeapState().ulLiveBlocks;
-    xlong lFailAt = 1;
-    for (bool bDone = false; !bDone; ++lFailAt)
-    {
-        ASSERT_LT(lFailAt, 500);
-        glb = new SGlobals;
-        sglb = new SSysGlobals;
-        HeapFailAt(lFailAt);
-        bool bWorked = xCreateGlobals() && xInit(0, nullptr);
-        if (bWorked)
+    int nRuns = 0;
+    FailEachAllocation(
+        [&]
         {
-            CDibScreen *pScreen = sglb->m_pDibScreen;
+            ++nRuns;
+            glb = new SGlobals;
+            sglb = new SSysGlobals;
+            bool bWorked = xCreateGlobals() && xInit(0, nullptr);
+            CDibScreen *const pScreen = bWorked ? sglb->m_pDibScreen : nullptr;
             bWorked = pScreen && pScreen->InitModeRez(640, 480, 24, XMODE_WINDOW) &&
                       pScreen->SetScreenWindowProperties(3, -1, -1) && pScreen->SetPersistentMode(1);
             if (bWorked)
@@ -323,23 +320,17 @@ TEST(StartTest, EveryAllocationOfAStartMayFail)
                 pScreen->ExitMode();
                 bWorked = pScreen->GetVideoModes() && pScreen->InitModeRez(800, 600, 16, XMODE_WINDOW) && bWorked;
             }
-        }
-        bDone = bWorked && !HeapFailed();
-        HeapFailAt(0);
-        if (!bDone && !bWorked)
-            EXPECT_NE(0, glb->m_Error.GetErrCode()) << "allocation " << lFailAt;
-        glb->m_pScreen = nullptr;
-        xExit();
-        xFreeGlobals();
-        delete sglb;
-        delete glb;
-        glb = nullptr;
-        sglb = nullptr;
-        const THeapState after = HeapState();
-        ASSERT_EQ(ulBefore, after.ulLiveBlocks) << "left behind after failing allocation " << lFailAt;
-        ASSERT_STREQ(nullptr, after.pszFault);
-    }
-    EXPECT_GT(lFailAt, 30);
+            if (!bWorked)
+                EXPECT_NE(0, glb->m_Error.GetErrCode());
+            glb->m_pScreen = nullptr;
+            xExit();
+            xFreeGlobals();
+            delete std::exchange(sglb, nullptr);
+            delete std::exchange(glb, nullptr);
+            EXPECT_STREQ(nullptr, HeapState().pszFault);
+            return bWorked;
+        });
+    EXPECT_GT(nRuns, 30);
     FaceStop();
     std::filesystem::remove(file);
 }

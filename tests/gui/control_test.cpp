@@ -212,7 +212,7 @@ TEST_F(CControlTest, DrawsBitmapsTiledCutAndFromSheets)
         EXPECT_EQ(c.nGreen, Shown(150 + c.lX, 140 + c.lY).ucGreen) << c.pszName;
     }
     CRect rcLarge;
-    rcLarge.Set(2, 3, 500, 400);
+    rcLarge.Set(2, 3, 2 + 100, 3 + 20); // a pixel too much
     m_Button.SetBkgClip(&rcLarge);
     EXPECT_EQ(2 + 99, m_Button.GetBkgClip().m_lRight) << "trimmed to the control";
     EXPECT_EQ(3 + 19, m_Button.GetBkgClip().m_lBottom);

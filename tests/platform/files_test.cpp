@@ -225,7 +225,7 @@ TEST_F(PlatformFiles, TemporaryNamesAreTakenAtOnce)
 
 TEST_F(PlatformFiles, FindListsInOrder)
 {
-    for (const char *psz : { "b.TXT", "A.txt", "c.bmp", "noext", ".hidden" })
+    for (const char *psz : { "b.TXT", "A.txt", "c.bmp", "noext", ".hidden", "-x" })
         Make(psz, "1234567");
     Make("Folder/x");
     const struct
@@ -233,8 +233,8 @@ TEST_F(PlatformFiles, FindListsInOrder)
         const char *pszPattern;
         std::vector<std::string> names;
     } cases[] = {
-        { "*", { ".", "..", ".hidden", "A.txt", "b.TXT", "c.bmp", "Folder", "noext" } },
-        { "*.*", { ".", "..", ".hidden", "A.txt", "b.TXT", "c.bmp", "Folder", "noext" } },
+        { "*", { ".", "..", "-x", ".hidden", "A.txt", "b.TXT", "c.bmp", "Folder", "noext" } },
+        { "*.*", { ".", "..", "-x", ".hidden", "A.txt", "b.TXT", "c.bmp", "Folder", "noext" } },
         { ".\\*.TXT", { "A.txt", "b.TXT" } },
         { "FOLDER\\*", { ".", "..", "x" } },
         { "folder\\X", { "x" } },

@@ -93,10 +93,7 @@ TEST_F(PlatformPaint, OnlyTheInvalidAreaIsPainted)
     InvalidateRect(hWnd, &rcB, FALSE);
     Run();
     EXPECT_EQ("PAINT", TakeLog()) << "two areas make one message, and nobody asked for erasing";
-    EXPECT_EQ(10, m_rcPaint.left);
-    EXPECT_EQ(10, m_rcPaint.top);
-    EXPECT_EQ(50, m_rcPaint.right);
-    EXPECT_EQ(30, m_rcPaint.bottom);
+    EXPECT_EQ("10,10,50,30", Text(m_rcPaint));
     EXPECT_EQ(0xC80000u, ShownPixel(hWnd, 15, 15));
     EXPECT_EQ(0u, ShownPixel(hWnd, 5, 5)) << "painted outside the invalid area";
     EXPECT_EQ(0u, ShownPixel(hWnd, 60, 20));
@@ -110,6 +107,31 @@ TEST_F(PlatformPaint, OnlyTheInvalidAreaIsPainted)
     InvalidateRect(hWnd, &rcAway, TRUE);
     Run();
     EXPECT_EQ("", TakeLog());
+}
+
+TEST_F(PlatformPaint, ValidStripsAreTakenOff)
+{
+    const HWND hWnd = OpenShown(WS_POPUP, 0, 0, 200, 200);
+    MakeSource(1);
+    const RECT rcInvalid = { 10, 10, 50, 60 };
+    const struct
+    {
+        const char *pszName;
+        RECT rcValid;
+        const char *pszLeft;
+    } cases[] = {
+        { "Top", { 0, 0, 200, 20 }, "10,20,50,60" },     { "Bottom", { 10, 40, 50, 60 }, "10,10,50,40" },
+        { "Left", { 10, 10, 30, 60 }, "30,10,50,60" },   { "Right", { 30, 0, 200, 200 }, "10,10,30,60" },
+        { "Corner", { 0, 0, 30, 30 }, "10,10,50,60" },   { "Middle", { 0, 20, 200, 40 }, "10,10,50,60" },
+        { "Beside", { 0, 60, 200, 70 }, "10,10,50,60" },
+    };
+    for (const auto &c : cases)
+    {
+        InvalidateRect(hWnd, &rcInvalid, FALSE);
+        ValidateRect(hWnd, &c.rcValid);
+        Run();
+        EXPECT_EQ(c.pszLeft, Text(m_rcPaint)) << c.pszName;
+    }
 }
 
 TEST_F(PlatformPaint, SizeAndExposureBringThePictureBack)

@@ -22,12 +22,6 @@ RECT WindowRect(HWND hWnd)
     return rc;
 }
 
-std::string Text(const RECT &rc)
-{
-    return std::to_string(rc.left) + "," + std::to_string(rc.top) + "," + std::to_string(rc.right) + "," +
-           std::to_string(rc.bottom);
-}
-
 POINT ClientCorner(HWND hWnd)
 {
     POINT pt = {};

@@ -105,7 +105,7 @@ TEST_P(CBase64Test, OtherCharactersSpoilTheText)
     for (int nChar = 0; nChar < 256; ++nChar)
         for (const size_t ulAt : { (size_t)0, (size_t)31, (size_t)200, strText.size() })
         {
-            SCOPED_TRACE(nChar);
+            SCOPED_TRACE(std::to_string(nChar) + " at " + std::to_string(ulAt));
             std::string strOther = strText;
             strOther.insert(ulAt, 1, (char)nChar);
             const bool bSpace = nChar == '\r' || nChar == '\n' || nChar == ' ' || nChar == '\t';
@@ -124,7 +124,8 @@ TEST_P(CBase64Test, OtherCharactersSpoilTheText)
     EXPECT_EQ(std::string("\0\0\0\0\0\0", 6), Decode("TWFu").substr(3) + std::string(3, '\0'));
 }
 
-INSTANTIATE_TEST_SUITE_P(Simd, CBase64Test, testing::Values(SIMD_BASE, SIMD_ALL));
+INSTANTIATE_TEST_SUITE_P(Simd, CBase64Test, testing::Values(SIMD_BASE, SIMD_ALL),
+                         [](const auto &info) { return info.param == SIMD_BASE ? "Base" : "All"; });
 
 std::string UuModel(const std::string &strBytes)
 {
@@ -166,9 +167,7 @@ TEST(UuTest, EveryLengthBothWays)
 
 #ifndef _WIN32
 // What other programs make of our texts, and we of theirs.
-class CCoderPeerTest : public CFolderTest
-{
-};
+using CCoderPeerTest = CFolderTest;
 
 TEST_F(CCoderPeerTest, OtherProgramsAgree)
 {

@@ -24,9 +24,7 @@ std::string Bytes(const TBits &bits)
     return str;
 }
 
-class CBitTest : public CFolderTest
-{
-};
+using CBitTest = CFolderTest;
 
 TEST_F(CBitTest, FileAndStreamAgreeOnTheOrderOfBits)
 {
@@ -81,6 +79,7 @@ TEST_F(CBitTest, FlushFillsUpWithZeros)
     ASSERT_EQ(1, file.Open("bits", FILE_WRITE));
     file.WriteBits(5, 3);
     file.FlushBits();
+    file.FlushBits();
     file.WriteBit(1);
     file.Close(); // not flushed: lost
     EXPECT_EQ("\xa0", ReadFile("bits"));
@@ -99,7 +98,9 @@ TEST_F(CBitTest, FlushFillsUpWithZeros)
     EXPECT_EQ(0xa0, ucBlock[0]);
     EXPECT_EQ(0, stream.GetLen());
     stream.WriteBits(1, 5); // completes the byte
+    stream.FlushBits();
     EXPECT_EQ(0xa1, ucBlock[0]);
+    EXPECT_EQ(0xff, ucBlock[1]) << "there was no part of a byte";
     EXPECT_EQ(1, stream.GetLen());
 }
 

@@ -28,9 +28,7 @@ xulong PlainCrc(const std::string &str, xulong ulPoly)
     return ~ulCrc;
 }
 
-class CCryptTest : public CFolderTest
-{
-};
+using CCryptTest = CFolderTest;
 } // namespace
 
 TEST_F(CCryptTest, TheMarkOrWhatSortsBehindItCounts)
@@ -42,8 +40,9 @@ TEST_F(CCryptTest, TheMarkOrWhatSortsBehindItCounts)
     } cases[] = { { "XICRYPTEDFILE", 1 }, { "XICRYPTEDFILF", 1 }, { "XICRYPTEDFILD", 0 }, { "ZZZZZZZZZZZZZ", 1 } };
     for (const auto &c : cases)
     {
+        SCOPED_TRACE(c.strTail);
         const std::string strData = "abc" + Scrambled(c.strTail);
-        EXPECT_EQ(c.lCrypt, xIsCrypt(strData.data(), (xulong)strData.size())) << c.strTail;
+        EXPECT_EQ(c.lCrypt, xIsCrypt(strData.data(), (xulong)strData.size()));
         WriteFile("f", strData);
         CFile file;
         xulong ulPos = 99;
@@ -77,7 +76,7 @@ TEST_F(CCryptTest, FileCrcIsTheKnownOne)
             strData += (char)(i * 7 + i / 256);
         WriteFile("data", strData);
         EXPECT_EQ(1, xCalcFileCrc("data", &ulCrc, ulPoly));
-        EXPECT_EQ(PlainCrc(strData, ulPoly), ulCrc);
+        EXPECT_EQ(PlainCrc(strData, ulPoly), ulCrc) << ulPoly;
     }
     WriteFile("empty", "");
     EXPECT_EQ(1, xCalcFileCrc("empty", &ulCrc, 1));

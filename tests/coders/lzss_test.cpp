@@ -1,7 +1,6 @@
 #include "tarvix/lzss.h"
 
 #include "coders/plainlzss.h"
-#include "core/heap.h"
 #include "support.h"
 #include "tarvix/bitfile.h"
 
@@ -213,20 +212,15 @@ TEST_F(CLzssTest, RunsOutOfMemoryWithoutLoss)
     const std::string strSource(20000, 'm');
     WriteFile("source", strSource);
     m_Lzss.Compress("source", "stream");
-    const size_t ulBlocks = HeapState().ulLiveBlocks;
-    bool bDone = false;
-    for (xlong l = 1; !bDone; ++l)
-    {
-        HeapFailAt(l);
-        xulong ulLen = (xulong)strSource.size();
-        char *pBlock = m_Lzss.CompressBuffer(strSource.data(), &ulLen);
-        const xlong lFile = m_Lzss.Compress("source", "stream2");
-        const xlong lBack = m_Lzss.Expand("stream", "back");
-        bDone = !HeapFailed();
-        HeapFailAt(0);
-        EXPECT_TRUE(!bDone || (pBlock && lFile && lBack));
-        xFreeMemFunc(pBlock, nullptr, 0);
-        EXPECT_EQ(ulBlocks, HeapState().ulLiveBlocks);
-    }
+    FailEachAllocation(
+        [&]
+        {
+            xulong ulLen = (xulong)strSource.size();
+            char *const pBlock = m_Lzss.CompressBuffer(strSource.data(), &ulLen);
+            const xlong lFile = m_Lzss.Compress("source", "stream2"), lBack = m_Lzss.Expand("stream", "back");
+            const bool bAll = pBlock && lFile && lBack;
+            xFreeMemFunc(pBlock, nullptr, 0);
+            return bAll;
+        });
 }
 } // namespace

@@ -4,6 +4,7 @@
 #include "support.h"
 
 #include <algorithm>
+#include <numeric>
 #include <random>
 
 namespace
@@ -65,12 +66,14 @@ protected:
 
 TEST_F(CAvlTest, StaysBalancedInEveryOrder)
 {
-    for (int nOrder = 0; nOrder < 3; ++nOrder)
+    for (const char *pszOrder : { "rising", "falling", "shuffled" })
     {
+        SCOPED_TRACE(pszOrder);
         std::vector<int> keys(1000);
-        for (int n = 0; n < 1000; ++n)
-            keys[(size_t)n] = nOrder == 1 ? 999 - n : n;
-        if (nOrder == 2)
+        std::iota(keys.begin(), keys.end(), 0);
+        if (*pszOrder == 'f')
+            std::reverse(keys.begin(), keys.end());
+        if (*pszOrder == 's')
             std::shuffle(keys.begin(), keys.end(), std::mt19937(3));
         for (int n : keys)
             ASSERT_EQ(1, m_Tree.AddItem(Item(n)));
@@ -148,7 +151,7 @@ TEST_F(CAvlTest, SteeredWalkReportsOnlyWithoutAPosition)
     };
     for (const auto &step : steps)
     {
-        EXPECT_EQ(0, (m_Tree.*step.pfnStep)());
+        EXPECT_EQ(0, (m_Tree.*step.pfnStep)()) << step.pszText;
         EXPECT_EQ(step.pszText, LastError());
     }
     for (int n : { 1, 0, 2, 3 })

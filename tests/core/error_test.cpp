@@ -28,6 +28,7 @@ TEST(ErrorTest, CodesHaveTheirTexts)
                   { -5, "Unknown error code!" } };
     for (const auto &c : cases)
     {
+        SCOPED_TRACE(c.lCode);
         xlong lCode = 99;
         EXPECT_EQ(0, xError_Func(c.lCode, nullptr, 0));
         EXPECT_STREQ(c.pszText, glb->m_Error.GetError(&lCode));

@@ -4,20 +4,15 @@
 
 #include <cmath>
 
-namespace
+using CFileTest = CFolderTest;
+
+static std::string Bytes(size_t ulCount)
 {
-class CFileTest : public CFolderTest
-{
-protected:
-    static std::string Bytes(size_t ulCount)
-    {
-        std::string str;
-        for (size_t i = 0; i < ulCount; ++i)
-            str += (char)(unsigned char)i;
-        return str;
-    }
-};
-} // namespace
+    std::string str;
+    for (size_t i = 0; i < ulCount; ++i)
+        str += (char)(unsigned char)i;
+    return str;
+}
 
 TEST_F(CFileTest, BoundsBindPositionsNotTransfers)
 {
@@ -59,6 +54,7 @@ TEST_F(CFileTest, TypedTransfersFollowTheByteOrder)
 {
     for (int lOrder : { 0, (int)FILE_LITTLE_ENDIAN, (int)FILE_BIG_ENDIAN })
     {
+        SCOPED_TRACE(lOrder == FILE_BIG_ENDIAN ? "big" : lOrder ? "little" : "no order told");
         CFile file;
         ASSERT_EQ(1, file.Open("typed", FILE_WRITE | lOrder));
         EXPECT_EQ(1, file.WriteWord(0x0102));
@@ -107,7 +103,7 @@ TEST_F(CFileTest, ModesAndTheirFailures)
     for (const auto &c : cases)
     {
         CFile file;
-        EXPECT_EQ(0, file.Open(c.pszPath, c.lFlags));
+        EXPECT_EQ(0, file.Open(c.pszPath, c.lFlags)) << c.pszPath << ", " << c.pszAccess;
         EXPECT_EQ(std::string("Unable to open file \"") + c.pszPath + "\" with " + c.pszAccess + " access",
                   LastError());
     }

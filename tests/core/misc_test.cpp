@@ -105,6 +105,7 @@ TEST(MiscTest, FlagsHaveIndexes1To4095)
     {
         for (xlong lIndex : { 0, 4096, -1 })
         {
+            SCOPED_TRACE(c.pszName + std::to_string(lIndex));
             glb->m_Error.Clear();
             if (c.pfnTest)
                 EXPECT_EQ(0, c.pfnTest(lIndex));

@@ -3,6 +3,10 @@
 #include "support.h"
 #include "tarvix/llist.h"
 
+#ifndef _WIN32
+#include "platform/testing/testface.h"
+#endif
+
 namespace
 {
 int s_nAllocs, s_nFrees, s_nCreates, s_nDestroys;
@@ -105,11 +109,22 @@ TEST_F(CObjPoolTest, ThePumpListHoldsPoolsThatShrink)
         EXPECT_EQ(1, glb->m_pObjPoolList->GetNumNodes());
 
         shrinking.Free(shrinking.Alloc());
-        shrinking.m_ulLastShrink = xGetTime() - 5;
+#ifndef _WIN32
+        FaceSetClock(shrinking.m_ulLastShrink + 5);
+        shrinking.m_ulShrinkTime = 5;
+        EXPECT_EQ(1, shrinking.Handler());
+        EXPECT_EQ(0, s_nFrees) << "longer than the time has to pass";
+        FaceAdvanceClock(1);
+#else
+        shrinking.m_ulLastShrink -= 5;
+#endif
         EXPECT_EQ(1, shrinking.Handler());
         EXPECT_EQ(1, s_nFrees);
         EXPECT_EQ(1, shrinking.Handler());
         EXPECT_EQ(1, s_nFrees) << "nothing is left to release";
     }
     EXPECT_EQ(0, glb->m_pObjPoolList->GetNumNodes());
+#ifndef _WIN32
+    FaceStop();
+#endif
 }

@@ -63,32 +63,24 @@ const TPairCase s_Pairs[] = {
     { "ZeroPullsToTheOrigin", { 5, 5, 6, 6 }, { 0, 0, 0, 0 }, false, {}, { 0, 0, 6, 6 } },
 };
 
-class CRectPair : public testing::TestWithParam<TPairCase>
+TEST(CRectTest, IntersectAndUnionNormaliseTheirArguments)
 {
-};
-
-TEST_P(CRectPair, IntersectAndUnionNormaliseTheirArguments)
-{
-    const TPairCase &c = GetParam();
-    for (bool bSwapped : { false, true })
-    {
-        CRect a = Make(c.a[0], c.a[1], c.a[2], c.a[3]);
-        CRect b = Make(c.b[0], c.b[1], c.b[2], c.b[3]);
-        CRect rc = Make(-7, -7, -7, -7);
-        const xlong lMeets = bSwapped ? rc.Intersect(&b, &a) : rc.Intersect(&a, &b);
-        ASSERT_EQ(c.bMeets, lMeets == 1);
-        EXPECT_EQ(c.bMeets ? c.common : (std::array<xlong, 4>{ -7, -7, -7, -7 }), Corners(rc));
-        EXPECT_LE(a.m_lLeft, a.m_lRight);
-        EXPECT_LE(b.m_lTop, b.m_lBottom);
-        rc.Union(&a, &b);
-        EXPECT_EQ(c.all, Corners(rc));
-        a.Intersect(&a, &b);
-        EXPECT_EQ(c.bMeets ? c.common[0] : std::min(c.a[0], c.a[2]), a.m_lLeft) << "the result may be an argument";
-    }
+    for (const TPairCase &c : s_Pairs)
+        for (const bool bSwapped : { false, true })
+        {
+            SCOPED_TRACE(c.pszName);
+            CRect a = Make(c.a[0], c.a[1], c.a[2], c.a[3]), b = Make(c.b[0], c.b[1], c.b[2], c.b[3]);
+            CRect rc = Make(-7, -7, -7, -7);
+            ASSERT_EQ(c.bMeets, (bSwapped ? rc.Intersect(&b, &a) : rc.Intersect(&a, &b)) == 1);
+            EXPECT_EQ(c.bMeets ? c.common : (std::array<xlong, 4>{ -7, -7, -7, -7 }), Corners(rc));
+            EXPECT_LE(a.m_lLeft, a.m_lRight);
+            EXPECT_LE(b.m_lTop, b.m_lBottom);
+            rc.Union(&a, &b);
+            EXPECT_EQ(c.all, Corners(rc));
+            a.Intersect(&a, &b);
+            EXPECT_EQ(c.bMeets ? c.common[0] : std::min(c.a[0], c.a[2]), a.m_lLeft) << "the result may be an argument";
+        }
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, CRectPair, testing::ValuesIn(s_Pairs),
-                         [](const auto &info) { return std::string(info.param.pszName); });
 
 TEST(CRectTest, AgreesWithCountingPixels)
 {

@@ -67,24 +67,21 @@ const TPathCase s_Paths[] = {
     { "", "(null)", "(null)", "", "(null)", "(null)", "", "(null)" },
 };
 
-class CPathTest : public testing::TestWithParam<TPathCase>
-{
-};
-
-TEST_P(CPathTest, EveryPieceOfThePath)
+TEST(PathsTest, GiveTheirPieces)
 {
     CTestGlobals globals;
-    const TPathCase &c = GetParam();
-    EXPECT_EQ(c.pszParent0, TakeString(String_ParentDir(c.pszPath, 0)));
-    EXPECT_EQ(c.pszParent1, TakeString(String_ParentDir(c.pszPath, 1)));
-    EXPECT_EQ(c.pszPathPart, TakeString(String_FileNamePath(c.pszPath)));
-    EXPECT_EQ(c.pszFirst, TakeString(String_FileNameFirstName(c.pszPath)));
-    EXPECT_EQ(c.pszName, TakeString(String_FileName(c.pszPath)));
-    EXPECT_EQ(c.pszExtension, TakeString(String_FileNameExtension(c.pszPath)));
-    EXPECT_EQ(c.pszNoExtension, TakeString(String_FullNameWithoutExtension(c.pszPath)));
+    for (const TPathCase &c : s_Paths)
+    {
+        SCOPED_TRACE(c.pszPath);
+        EXPECT_EQ(c.pszParent0, TakeString(String_ParentDir(c.pszPath, 0)));
+        EXPECT_EQ(c.pszParent1, TakeString(String_ParentDir(c.pszPath, 1)));
+        EXPECT_EQ(c.pszPathPart, TakeString(String_FileNamePath(c.pszPath)));
+        EXPECT_EQ(c.pszFirst, TakeString(String_FileNameFirstName(c.pszPath)));
+        EXPECT_EQ(c.pszName, TakeString(String_FileName(c.pszPath)));
+        EXPECT_EQ(c.pszExtension, TakeString(String_FileNameExtension(c.pszPath)));
+        EXPECT_EQ(c.pszNoExtension, TakeString(String_FullNameWithoutExtension(c.pszPath)));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, CPathTest, testing::ValuesIn(s_Paths));
 
 TEST(PathsTest, JoiningPutsASlashWhereNoneStands)
 {
@@ -124,7 +121,7 @@ TEST(PathsTest, FailingAllocationReportsByName)
     for (const auto &c : cases)
     {
         HeapFailAt(1);
-        EXPECT_EQ("(null)", TakeString(c.pfnMake()));
+        EXPECT_EQ("(null)", TakeString(c.pfnMake())) << c.pszError;
         EXPECT_EQ(c.pszError, LastError());
     }
     HeapFailAt(0);

@@ -1,6 +1,5 @@
 #include "tarvix/archive.h"
 
-#include "core/heap.h"
 #include "support.h"
 
 #include <map>
@@ -205,18 +204,12 @@ TEST_F(CArchiveTest, RunsOutOfMemoryWithoutLoss)
 {
     WriteFile("big", std::string(5000, 'b'));
     WriteFile("in.arc", Packed("big", std::string(5000, 'b')));
-    const size_t ulBlocks = HeapState().ulLiveBlocks;
-    bool bDone = false;
-    for (xlong l = 1; !bDone; ++l)
-    {
-        HeapFailAt(l);
-        const xlong lAdded = m_Archive.OpenNew("out.arc") && m_Archive.AddFile("big", nullptr);
-        m_Archive.Close();
-        const xlong lTaken = m_Archive.ExtractArchive("in.arc", "out", 0);
-        bDone = !HeapFailed();
-        HeapFailAt(0);
-        EXPECT_TRUE(!bDone || (lAdded && lTaken));
-        EXPECT_EQ(ulBlocks, HeapState().ulLiveBlocks);
-    }
+    FailEachAllocation(
+        [&]
+        {
+            const bool bAdded = m_Archive.OpenNew("out.arc") && m_Archive.AddFile("big", nullptr);
+            m_Archive.Close();
+            return m_Archive.ExtractArchive("in.arc", "out", 0) && bAdded;
+        });
 }
 } // namespace

@@ -7,9 +7,7 @@
 
 namespace
 {
-class CCachedLogTest : public CFolderTest
-{
-};
+using CCachedLogTest = CFolderTest;
 
 TEST_F(CCachedLogTest, LinesCarryTimeModuleAndMessage)
 {

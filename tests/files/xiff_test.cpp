@@ -4,9 +4,7 @@
 
 namespace
 {
-class CXiffTest : public CFolderTest
-{
-};
+using CXiffTest = CFolderTest;
 
 std::string Chunk(const std::string &strName, const std::string &strData, xlong lLen = -1)
 {

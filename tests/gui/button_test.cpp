@@ -198,7 +198,7 @@ TEST_F(CButtonTest, DrawsFaceBevelBorderAndText)
         { "gap of the text", lLeft + 7, lTop + 2, 30 },
     };
     for (const auto &c : pixels)
-        EXPECT_EQ(c.nRed, Shown(c.lX, c.lY).ucRed) << c.pszWhat;
+        EXPECT_EQ(c.nRed, Shown(c.lX, c.lY).ucRed) << c.pszWhat << " at " << c.lX << ", " << c.lY;
     Point(160, 150);
     Point(160, 150, 1);
     Frame();

@@ -84,10 +84,10 @@ TEST_F(CCheckTest, AnswerTheMouseUpToTheEndOfTheirText)
         EXPECT_EQ(c.lHeight - 1, rcArea.Height()) << c.pszName;
         if (c.lBoxWidth < 90) // the text of the last one wraps
             EXPECT_EQ(c.lWidth - 1, rcArea.Width()) << c.pszName;
-        EXPECT_EQ(c.lBoxWidth != 0, box.m_pCaption != nullptr);
+        EXPECT_EQ(c.lBoxWidth != 0, box.m_pCaption != nullptr) << c.pszName;
         if (box.m_pCaption)
-            EXPECT_EQ(30 + c.lBoxWidth, box.m_pCaption->m_lX);
-        EXPECT_EQ(c.lBoxWidth ? CNTRL_HASBITMAP | CNTRL_BMTRANS : 0, box.GetFlags());
+            EXPECT_EQ(30 + c.lBoxWidth, box.m_pCaption->m_lX) << c.pszName;
+        EXPECT_EQ(c.lBoxWidth ? CNTRL_HASBITMAP | CNTRL_BMTRANS : 0, box.GetFlags()) << c.pszName;
     }
 }
 
@@ -150,6 +150,17 @@ TEST_F(CGroupTest, KeepsOneSelected)
     m_Radios[1].SetFlag(CNTRL_READONLY);
     Click(120, 145);
     EXPECT_EQ("767", States()) << "radio buttons don't know the flag";
+}
+
+TEST_F(CGroupTest, TakesTheCursorOfTheButtonUnderThePointer)
+{
+    CWinCtrl &manager = *glb->m_pWinCtrl;
+    m_Radios[1].m_pCursor = &manager.m_ulCursorText;
+    Point(120, 145); // arms it
+    Frame();
+    EXPECT_EQ(&manager.m_ulCursorText, m_Group.m_pCursor);
+    Point(200, 200);
+    EXPECT_EQ(&manager.m_ulCursorDefault, m_Group.m_pCursor);
 }
 
 TEST_F(CGroupTest, MovesAndFreesItsButtons)

@@ -150,7 +150,7 @@ TEST_F(CControlTest, KeepsOrOwnsItsText)
         char szBuffer[20];
         strcpy(szBuffer, c.pszText);
         button.SetText(szBuffer);
-        EXPECT_STREQ(c.pszResult, button.m_pszText);
+        EXPECT_STREQ(c.pszResult, button.m_pszText) << c.pszText << " with flags " << c.lFlags;
         EXPECT_EQ(szBuffer, button.GetTextBuffer(0)) << "the pointer is kept";
     }
     ASSERT_NE(nullptr, m_Button.AllocBuffer(10));
@@ -219,7 +219,7 @@ TEST_F(CControlTest, DrawsBitmapsTiledCutAndFromSheets)
         EXPECT_EQ(c.nGreen, Shown(150 + c.lX, 140 + c.lY).ucGreen) << c.pszName;
     }
     CRect rcLarge;
-    rcLarge.Set(2, 3, 500, 400);
+    rcLarge.Set(2, 3, 2 + 100, 3 + 20); // a pixel too much
     m_Button.SetBkgClip(&rcLarge);
     EXPECT_EQ(2 + 99, m_Button.GetBkgClip().m_lRight) << "trimmed to the control";
     EXPECT_EQ(3 + 19, m_Button.GetBkgClip().m_lBottom);
@@ -285,19 +285,20 @@ TEST_F(CAnimTest, PlaysByItsMode)
 {
     const struct
     {
+        const char *pszName;
         xlong lMode;
         const char *pszFrames;
     } cases[] = {
-        { ANIM_ONCE, "1222222" },
-        { ANIM_LOOP, "1201201" },
-        { ANIM_PINGPONG, "1221001" },
-        { ANIM_BACKWARD, "2102102" },
+        { "Once", ANIM_ONCE, "1222222" },
+        { "Loop", ANIM_LOOP, "1201201" },
+        { "PingPong", ANIM_PINGPONG, "1221001" },
+        { "Backward", ANIM_BACKWARD, "2102102" },
     };
     for (const auto &c : cases)
     {
         m_Anim.First();
-        EXPECT_EQ(1, m_Button.SetAnimBitmap(&m_Anim, XGUI_RELEASED, c.lMode));
-        EXPECT_EQ(c.pszFrames, Play(m_Button, 7)) << c.lMode;
+        EXPECT_EQ(1, m_Button.SetAnimBitmap(&m_Anim, XGUI_RELEASED, c.lMode)) << c.pszName;
+        EXPECT_EQ(c.pszFrames, Play(m_Button, 7)) << c.pszName;
     }
     EXPECT_EQ("2", Play(m_Button, 1, 49)) << "another timer's tick";
     m_Window.HideWindow();

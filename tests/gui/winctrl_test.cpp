@@ -92,6 +92,33 @@ TEST_F(CWinCtrlTest, KeepsModalAndLastWindowsInTheirPlaces)
     EXPECT_EQ("1* 5 3 2", Order());
 }
 
+TEST_F(CWinCtrlTest, OfTwoModalWindowsTheFrontOneTakesTheInput)
+{
+    Add(0);
+    Add(XWIN_MODAL);
+    Add(XWIN_MODAL);
+    EXPECT_EQ("3* 2 1", Order());
+    Click(45, 45); // in the second alone
+    EXPECT_EQ("3* 2 1", Order());
+    m_Windows[1].ToFront();
+    EXPECT_EQ("2* 3 1", Order());
+    Click(155, 155); // in the third alone
+    EXPECT_EQ("2* 3 1", Order());
+    m_Windows[1].HideWindow();
+    Click(155, 155);
+    EXPECT_EQ("3* 2 1", Order()) << "nothing modal is seen in front";
+    Click(25, 25);
+    EXPECT_EQ("3* 2 1", Order());
+    glb->m_pWinCtrl->RemoveWindow(3);
+    EXPECT_EQ("2* 1", Order());
+    m_Windows[1].ShowWindow();
+    Click(25, 25);
+    EXPECT_EQ("2* 1", Order()) << "the next one takes over";
+    glb->m_pWinCtrl->RemoveWindow(2);
+    Click(25, 25);
+    EXPECT_EQ("1*", Order());
+}
+
 TEST_F(CWinCtrlTest, MovesGroupsAsOneBlock)
 {
     Add(0);
@@ -221,6 +248,7 @@ TEST_F(CWinCtrlTest, CallbacksMayTakeWindowsAway)
     CButton button;
     for (const xlong lFlags : { (xlong)0, (xlong)XWIN_MODAL })
     {
+        SCOPED_TRACE(lFlags ? "modal" : "plain");
         CWindow &below = Add(0);
         CWindow window;
         window.Create(50, nullptr, 300, 300, 100, 100, lFlags);

@@ -80,6 +80,7 @@ TEST_F(CWindowTest, PlacesAreMeantBelowTheTitleBarAndInsideTheBorder)
     };
     for (const auto &c : cases)
     {
+        SCOPED_TRACE(c.pszName);
         CWindow window;
         ASSERT_EQ(1, window.Create(2, nullptr, 0, 0, 200, 100, c.lFlags));
         CButton button;
@@ -87,8 +88,8 @@ TEST_F(CWindowTest, PlacesAreMeantBelowTheTitleBarAndInsideTheBorder)
         window.AddCntrl(&button);
         xlong lX, lY, lWindow;
         button.GetPos(lX, lY);
-        EXPECT_EQ(c.lX, lX) << c.pszName;
-        EXPECT_EQ(c.lY, lY) << c.pszName;
+        EXPECT_EQ(c.lX, lX);
+        EXPECT_EQ(c.lY, lY);
         CWindowBase *pWindow;
         EXPECT_EQ(1, button.GetParent(&lWindow, &pWindow));
         EXPECT_EQ(2, lWindow);
@@ -107,6 +108,7 @@ TEST_F(CWindowTest, CentresOnTheScreen)
     } cases[] = { { 200, 100, 220, 190 }, { 640, 480, 0, 0 }, { 700, 100, 0, 190 }, { 201, 481, 219, 0 } };
     for (const auto &c : cases)
     {
+        SCOPED_TRACE(std::to_string(c.lWidth) + " by " + std::to_string(c.lHeight));
         CWindow window;
         window.Create(2, nullptr, 7, 7, c.lWidth, c.lHeight, XWIN_CENTER);
         xlong lX, lY;
@@ -183,7 +185,7 @@ TEST_F(CWindowTest, PastesOneLineOfPlainText)
         xlong lFlags;
         const char *pszResult;
     } cases[] = {
-        { "Plain", "abc", CNTRL_TABSTOP, "abc" },
+        { "Plain", "a c", CNTRL_TABSTOP, "a c" },
         { "Cut", "abcdefghij", CNTRL_TABSTOP, "abcdefg" },
         { "LineEnd", "ab\r\ncd", CNTRL_TABSTOP | CNTRL_MULTILINE, "old" },
         { "Accent",
@@ -197,13 +199,14 @@ TEST_F(CWindowTest, PastesOneLineOfPlainText)
     };
     for (const auto &c : cases)
     {
+        SCOPED_TRACE(c.pszName);
         CListener edit(m_strHeard, 20, 0);
         strcpy(edit.AllocBuffer(8), "old");
         edit.SetFlag(c.lFlags);
         m_Window.AddCntrl(&edit);
         m_Window.SetFocus(&edit);
         EXPECT_EQ(1, m_Window.GuiMsgHandler(XGUIMSG_PASTE, 0, 0, 0, (void *)c.pszClipboard));
-        EXPECT_STREQ(c.pszResult, edit.m_pszText) << c.pszName;
+        EXPECT_STREQ(c.pszResult, edit.m_pszText);
         m_Window.RemoveCntrl(&edit);
         EXPECT_EQ(nullptr, m_Window.m_pFocus);
     }

@@ -1,6 +1,5 @@
 #include "tarvix/replay.h"
 
-#include "core/heap.h"
 #include "gui/guisupport.h"
 #include "tarvix/button.h"
 #include "tarvix/host.h"
@@ -26,73 +25,66 @@ struct TDamage
     const char *pszFault;
 };
 
-class CReplayDamage : public testing::TestWithParam<TDamage>
-{
-protected:
-    CTestGlobals m_Globals;
-};
-
 std::string Events(const std::string &str)
 {
     return s_szHead + str;
 }
 } // namespace
 
-TEST_P(CReplayDamage, IsRefusedWithItsLine)
-{
-    const TDamage &c = GetParam();
-    CReplay replay;
-    const size_t ulBefore = HeapState().ulLiveBlocks;
-    EXPECT_EQ(0, replay.PlayText(c.strText.data(), (xulong)c.strText.size(), "demo"));
-    EXPECT_EQ("CReplay: demo, line " + std::to_string(c.nLine) + ": " + c.pszFault, LastError());
-    EXPECT_EQ(0, replay.IsPlaying());
-    EXPECT_EQ(ulBefore, HeapState().ulLiveBlocks);
-}
-
 const char s_szNumber[] = "A number is missing or out of range.";
-INSTANTIATE_TEST_SUITE_P(
-    Cases, CReplayDamage,
-    testing::Values(
-        TDamage{ "Empty", "", 1, "This is no recording." },
-        TDamage{ "Comments", "# a\n\n# b\n", 4, "This is no recording." },
-        TDamage{ "Other", "GIF89a\n", 1, "This is no recording." },
-        TDamage{ "Version", "tarvix-replay 2\n", 1, "The recording is of another version." },
-        TDamage{ "VersionAndMore", "tarvix-replay 1 1\n", 1, "The recording is of another version." },
-        TDamage{ "StepZero", "tarvix-replay 1\nstep 0\n", 2,
-                 "The step must be one number from 1 to 1000, given once." },
-        TDamage{ "StepTwice", Events("step 20\n"), 4, "The step must be one number from 1 to 1000, given once." },
-        TDamage{ "Start", "tarvix-replay 1\n\nstart 1\n", 3, "The start must be a place, given once." },
-        TDamage{ "Mode", Events("mode 640 480\n"), 4, "The mode must be width, height and depth, given once." },
-        TDamage{ "NoStep", "tarvix-replay 1\nstart 1 1\n1 end\n", 3,
-                 "Step and start must come before the first event." },
-        TDamage{ "NoEnd", Events("1 close\n"), 5, "The end is missing." },
-        TDamage{ "CutLine", Events("1 mouse 1 2 3"), 4, s_szNumber },
-        TDamage{ "BeyondEnd", Events("1 end\n\n# fine\n2 close\n"), 7, "Something follows the end." },
-        TDamage{ "FrameZero", Events("0 close\n"), 4, "A line must begin with its frame, from 1 on." },
-        TDamage{ "FrameHuge", Events("2147483647 close\n"), 4, "A line must begin with its frame, from 1 on." },
-        TDamage{ "FrameOverflow", Events("99999999999999999999 close\n"), 4,
-                 "A line must begin with its frame, from 1 on." },
-        TDamage{ "NoFrame", Events("close\n"), 4, "A line must begin with its frame, from 1 on." },
-        TDamage{ "Back", Events("5 close\n4 close\n"), 5, "Frames must not go back." },
-        TDamage{ "Unknown", Events("5 wheel 1\n"), 4, "There is no such event." },
-        TDamage{ "LongerWord", Events("5 closed\n"), 4, "There is no such event." },
-        TDamage{ "Zero", Events(std::string("5 close\0\n", 9)), 4, "There is no such event." },
-        TDamage{ "Buttons", Events("5 mouse 1 1 0 0 8\n"), 4, s_szNumber },
-        TDamage{ "KeyZero", Events("5 key 0 1\n"), 4, s_szNumber },
-        TDamage{ "KeyHuge", Events("5 key 65536 1\n"), 4, s_szNumber },
-        TDamage{ "State", Events("5 state 323 1\n"), 4, s_szNumber },
-        TDamage{ "StateBits", Events("5 state 65 4\n"), 4, s_szNumber },
-        TDamage{ "Active", Events("5 active 2\n"), 4, s_szNumber },
-        TDamage{ "NotANumber", Events("5 point 1 2x\n"), 4, s_szNumber },
-        TDamage{ "Minus", Events("5 point 1 -\n"), 4, s_szNumber },
-        TDamage{ "More", Events("5 point 1 2 3\n"), 4, "Something follows the event." },
-        TDamage{ "OpenText", Events("5 paste \"abc\n"), 4, "The text is damaged." },
-        TDamage{ "NoText", Events("5 paste\n"), 4, "The text is damaged." },
-        TDamage{ "Escape", Events("5 paste \"a\\q\"\n"), 4, "The text is damaged." },
-        TDamage{ "EscapedZero", Events("5 paste \"\\x00\"\n"), 4, "The text is damaged." },
-        TDamage{ "CutEscape", Events("5 paste \"\\x4"), 4, "The text is damaged." },
-        TDamage{ "AfterText", Events("5 paste \"a\"b\n"), 4, "Something follows the event." }),
-    [](const auto &info) { return info.param.pszName; });
+const TDamage s_Damages[] = {
+    { "Empty", "", 1, "This is no recording." },
+    { "Comments", "# a\n\n# b\n", 4, "This is no recording." },
+    { "Other", "GIF89a\n", 1, "This is no recording." },
+    { "Version", "tarvix-replay 2\n", 1, "The recording is of another version." },
+    { "VersionAndMore", "tarvix-replay 1 1\n", 1, "The recording is of another version." },
+    { "StepZero", "tarvix-replay 1\nstep 0\n", 2, "The step must be one number from 1 to 1000, given once." },
+    { "StepTwice", Events("step 20\n"), 4, "The step must be one number from 1 to 1000, given once." },
+    { "Start", "tarvix-replay 1\n\nstart 1\n", 3, "The start must be a place, given once." },
+    { "Mode", Events("mode 640 480\n"), 4, "The mode must be width, height and depth, given once." },
+    { "NoStep", "tarvix-replay 1\nstart 1 1\n1 end\n", 3, "Step and start must come before the first event." },
+    { "NoEnd", Events("1 close\n"), 5, "The end is missing." },
+    { "CutLine", Events("1 mouse 1 2 3"), 4, s_szNumber },
+    { "BeyondEnd", Events("1 end\n\n# fine\n2 close\n"), 7, "Something follows the end." },
+    { "FrameZero", Events("0 close\n"), 4, "A line must begin with its frame, from 1 on." },
+    { "FrameHuge", Events("2147483647 close\n"), 4, "A line must begin with its frame, from 1 on." },
+    { "FrameOverflow", Events("99999999999999999999 close\n"), 4, "A line must begin with its frame, from 1 on." },
+    { "NoFrame", Events("close\n"), 4, "A line must begin with its frame, from 1 on." },
+    { "Back", Events("5 close\n4 close\n"), 5, "Frames must not go back." },
+    { "Unknown", Events("5 wheel 1\n"), 4, "There is no such event." },
+    { "LongerWord", Events("5 closed\n"), 4, "There is no such event." },
+    { "Zero", Events(std::string("5 close\0\n", 9)), 4, "There is no such event." },
+    { "Buttons", Events("5 mouse 1 1 0 0 8\n"), 4, s_szNumber },
+    { "KeyZero", Events("5 key 0 1\n"), 4, s_szNumber },
+    { "KeyHuge", Events("5 key 65536 1\n"), 4, s_szNumber },
+    { "State", Events("5 state 323 1\n"), 4, s_szNumber },
+    { "StateBits", Events("5 state 65 4\n"), 4, s_szNumber },
+    { "Active", Events("5 active 2\n"), 4, s_szNumber },
+    { "NotANumber", Events("5 point 1 2x\n"), 4, s_szNumber },
+    { "Minus", Events("5 point 1 -\n"), 4, s_szNumber },
+    { "More", Events("5 point 1 2 3\n"), 4, "Something follows the event." },
+    { "OpenText", Events("5 paste \"abc\n"), 4, "The text is damaged." },
+    { "NoText", Events("5 paste\n"), 4, "The text is damaged." },
+    { "Escape", Events("5 paste \"a\\q\"\n"), 4, "The text is damaged." },
+    { "EscapedZero", Events("5 paste \"\\x00\"\n"), 4, "The text is damaged." },
+    { "CutEscape", Events("5 paste \"\\x4"), 4, "The text is damaged." },
+    { "AfterText", Events("5 paste \"a\"b\n"), 4, "Something follows the event." },
+};
+
+TEST(CReplayDamage, IsRefusedWithItsLine)
+{
+    CTestGlobals globals;
+    for (const TDamage &c : s_Damages)
+    {
+        SCOPED_TRACE(c.pszName);
+        CReplay replay;
+        const size_t ulBefore = HeapState().ulLiveBlocks;
+        EXPECT_EQ(0, replay.PlayText(c.strText.data(), (xulong)c.strText.size(), "demo"));
+        EXPECT_EQ("CReplay: demo, line " + std::to_string(c.nLine) + ": " + c.pszFault, LastError());
+        EXPECT_EQ(0, replay.IsPlaying());
+        EXPECT_EQ(ulBefore, HeapState().ulLiveBlocks);
+    }
+}
 
 TEST_F(CReplayTest, EventsComeInTheirFrames)
 {
@@ -158,23 +150,16 @@ TEST_F(CReplayTest, OtherModesAndMissingFilesAreRefused)
     EXPECT_EQ(0, m_Replay.Record("new.txt", 1001));
     EXPECT_EQ(0, m_Replay.Record("new.txt", -1));
     WriteFile("file.txt", Events("1 end\n"));
-    for (xlong l = 1;; ++l)
-    {
-        ASSERT_LT(l, 20);
-        const size_t ulBefore = HeapState().ulLiveBlocks;
-        HeapFailAt(l);
-        const xlong lResult = m_Replay.Play("file.txt");
-        const bool bFailed = HeapFailed();
-        HeapFailAt(0);
-        if (lResult)
+    FailEachAllocation(
+        [this]
         {
-            EXPECT_FALSE(bFailed);
-            break;
-        }
-        EXPECT_EQ(XERR_MEMORY, glb->m_Error.GetErrCode());
-        EXPECT_EQ(ulBefore, HeapState().ulLiveBlocks);
-    }
-    m_Replay.Stop();
+            const bool bWorked = m_Replay.Play("file.txt") == 1;
+            EXPECT_EQ(HeapFailed(), !bWorked);
+            if (!bWorked)
+                EXPECT_EQ(XERR_MEMORY, glb->m_Error.GetErrCode());
+            m_Replay.Stop();
+            return bWorked;
+        });
     HeapFailAt(1);
     EXPECT_EQ(0, m_Replay.Record("new.txt"));
     HeapFailAt(0);
@@ -300,7 +285,41 @@ TEST_F(CSessionTest, LooksTheSameEverywhere)
     }
 }
 
+// Each length of the plain part puts the escapes at another place of the pieces
+// that are written.
+TEST_F(CReplayTest, LongPastesAreRecordedWhole)
+{
+    for (size_t ulPlain = 0; ulPlain < 8; ++ulPlain)
+    {
+        ASSERT_EQ(1, m_Replay.Record("session.txt"));
+        const std::string strPlain(ulPlain, 'a');
+        m_Replay.OnPaste((strPlain + std::string(200, '\x81')).c_str());
+        ASSERT_EQ(1, m_Replay.Stop());
+        std::string strWanted = " paste \"" + strPlain;
+        for (int n = 0; n < 200; ++n)
+            strWanted += "\\x81";
+        EXPECT_NE(std::string::npos, ReadFile("session.txt").find(strWanted + "\"\n")) << ulPlain;
+    }
+}
+
 #ifndef _WIN32
+// Time that a timer had saved up before belongs to the clock before.
+TEST_F(CReplayTest, TimersBeginAnewWithTheSession)
+{
+    CTickCounter timer;
+    timer.AddTimer(70);
+    xHandler();
+    FaceAdvanceClock(60);
+    xHandler();
+    ASSERT_EQ(1, Play(Events("3 end"))) << LastError();
+    while (m_Replay.IsPlaying())
+        xHandler();
+    EXPECT_EQ(0, timer.m_nTicks) << "three frames of 20 ms";
+    FaceAdvanceClock(69);
+    xHandler();
+    EXPECT_EQ(0, timer.m_nTicks) << "nor does the session's time count behind it";
+}
+
 TEST_F(CSessionTest, ReplayShowsWhatTheRecordingShowed)
 {
     static const int s_Keys[] = { 'A', 'B', VK_LSHIFT, VK_RSHIFT, VK_LCONTROL, VK_TAB, VK_F1, 'V' };

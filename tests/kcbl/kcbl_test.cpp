@@ -57,6 +57,7 @@ TEST_F(CKCBLTest, NothingHappensWithoutATree)
     EXPECT_EQ(0, m_Kcbl.ReplaceItem(nullptr, KEND));
     ASSERT_EQ(1, m_Kcbl.Init());
     EXPECT_EQ(0, m_Kcbl.FirstItem()) << "the first of a list is not seen";
+    EXPECT_STREQ("; I don't exist", ((TKCBLKeyword *)m_Kcbl.m_MainChunk.m_pFirst->pData)->pszKeyword);
     m_Kcbl.Free();
     m_Kcbl.Free();
     EXPECT_EQ(0, m_Kcbl.m_bInitialized);
@@ -233,14 +234,15 @@ TEST_F(CKCBLTest, FindsItemsFromTheCursorOn)
     };
     for (const auto &c : cases)
     {
+        SCOPED_TRACE(std::string(c.apsz[0]) + " from " + std::to_string(c.nStart) + (c.lRestart ? " round" : " on"));
         ImportText(m_Kcbl, strText);
         m_Kcbl.RestartMode(c.lRestart);
         if (c.nStart < 0)
             m_Kcbl.m_pCurChunk->First();
         for (int n = 0; n < c.nStart; ++n)
             m_Kcbl.NextItem(0);
-        EXPECT_EQ(c.lFound, m_Kcbl.FindItem(c.apsz[0], c.apsz[1], c.apsz[2], c.apsz[3])) << c.apsz[0];
-        EXPECT_EQ(c.pszCursor, m_Kcbl.ItemExists() ? Where() + " " + m_Kcbl.GetString(0) : "-") << c.apsz[0];
+        EXPECT_EQ(c.lFound, m_Kcbl.FindItem(c.apsz[0], c.apsz[1], c.apsz[2], c.apsz[3]));
+        EXPECT_EQ(c.pszCursor, m_Kcbl.ItemExists() ? Where() + " " + m_Kcbl.GetString(0) : "-");
         if (c.lFound)
             EXPECT_EQ(1, m_Kcbl.FindItem(c.apsz[0], c.apsz[1], c.apsz[2], c.apsz[3])) << "not the same again";
     }

@@ -16,15 +16,6 @@ public:
     using CKCBL::ReorderString;
 };
 
-/// The bytes of an item behind its keyword, "\xFF" as the last.
-inline std::string BodyOf(const TKCBLKeyword *pItem)
-{
-    const size_t ulKeyword = strlen(pItem->pszKeyword) + 1;
-    if (ulKeyword >= (size_t)pItem->lSize)
-        return "";
-    return std::string(pItem->pszKeyword + ulKeyword, (size_t)pItem->lSize - ulKeyword);
-}
-
 /// All items of a list and below, bodies and string offsets, one a line.
 inline std::string Dump(const TKCBLChunk &chunk, const std::string &strIndent = "")
 {

@@ -1,13 +1,16 @@
 #include "kcbl/kcblsupport.h"
 
-#include "core/heap.h"
-
 namespace
 {
 class CKCBLTags : public CFolderTest
 {
 protected:
-    std::string Body() { return BodyOf(m_Kcbl.GetCurKeyword()); }
+    // The bytes of the current item behind its keyword, "\xFF" as the last.
+    std::string Body()
+    {
+        const TKCBLKeyword &item = *m_Kcbl.GetCurKeyword();
+        return std::string(item.pszKeyword, (size_t)item.lSize).substr(strlen(item.pszKeyword) + 1);
+    }
 
     CTestKCBL m_Kcbl;
 };
@@ -194,25 +197,21 @@ TEST_F(CKCBLTags, ExhaustionAddsNothing)
     const std::string strLong(3000, 'x');
     ImportText(m_Kcbl, "a");
     const std::string strBefore = Dump(m_Kcbl.m_MainChunk);
-    for (bool bChunk : { false, true })
-    {
-        for (xlong lFail = 1;; ++lFail)
-        {
-            ASSERT_LT(lFail, 20);
-            const size_t ulBlocks = HeapState().ulLiveBlocks;
-            HeapFailAt(lFail);
-            const xlong lResult = bChunk ? m_Kcbl.NewChunk(KSTRING, strLong.c_str(), KEND)
-                                         : m_Kcbl.NewItem("b", KSTRING, strLong.c_str(), KEND);
-            const bool bDone = !HeapFailed();
-            HeapFailAt(0);
-            ASSERT_EQ(bDone, lResult == 1);
-            if (bDone)
-                break;
-            EXPECT_EQ(XERR_MEMORY, glb->m_Error.GetErrCode());
-            EXPECT_EQ(strBefore, Dump(m_Kcbl.m_MainChunk));
-            EXPECT_EQ(ulBlocks, HeapState().ulLiveBlocks);
-        }
-        m_Kcbl.ExitChunk();
-        EXPECT_EQ(1, m_Kcbl.KillItem());
-    }
+    for (const bool bChunk : { false, true })
+        FailEachAllocation(
+            [&]
+            {
+                const bool bWorked = (bChunk ? m_Kcbl.NewChunk(KSTRING, strLong.c_str(), KEND)
+                                             : m_Kcbl.NewItem("b", KSTRING, strLong.c_str(), KEND)) == 1;
+                EXPECT_EQ(HeapFailed(), !bWorked);
+                if (bWorked)
+                {
+                    m_Kcbl.ExitChunk();
+                    EXPECT_EQ(1, m_Kcbl.KillItem());
+                }
+                else
+                    EXPECT_EQ(XERR_MEMORY, glb->m_Error.GetErrCode());
+                EXPECT_EQ(strBefore, Dump(m_Kcbl.m_MainChunk));
+                return bWorked;
+            });
 }

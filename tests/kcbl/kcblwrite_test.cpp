@@ -169,7 +169,7 @@ TEST_F(CKCBLWrite, WritesItsOwnForm)
     for (const auto &c : cases)
     {
         ImportText(m_Kcbl, c.pszText);
-        EXPECT_EQ(c.pszWritten, ExportText(m_Kcbl));
+        EXPECT_EQ(c.pszWritten, ExportText(m_Kcbl)) << c.pszText;
     }
     // Both stay as they are: "=" needs no quotes, and a CR is no escape of the reader.
     m_Kcbl.Free();
@@ -271,6 +271,7 @@ TEST_F(CKCBLWrite, LinesAreMeasuredAndPeekedAt)
     } lines[] = { { "{ = a\n", 4 }, { "    b\n", 4 }, { "}\n", 0 } };
     for (const auto &l : lines)
     {
+        SCOPED_TRACE(l.pszLine);
         xlong lPeek = lIndent;
         const xlong lLen = (xlong)strlen(l.pszLine);
         EXPECT_EQ(lLen, m_Kcbl.GetLine(nullptr, 0, &lPeek, 1, 1));

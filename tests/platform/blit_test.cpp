@@ -165,20 +165,25 @@ TEST_P(PlatformBlit, BetweenBitmapsEqualsThePlainModel)
             EXPECT_EQ(before[(size_t)(y * target.Pitch() + i)], target.m_pBits[y * target.Pitch() + i]) << "padding";
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, PlatformBlit,
-                         testing::Combine(testing::Values(8, 16, 24), testing::Bool(), testing::ValuesIn(s_Areas)));
-
-class PlatformDib : public CFaceTest
+std::string NameOf(const testing::TestParamInfo<std::tuple<int, bool, TArea>> &info)
 {
-};
+    const auto &[nDepth, bTopDown, area] = info.param;
+    return area.pszName + std::to_string(nDepth) + (bTopDown ? "TopDown" : "BottomUp");
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, PlatformBlit,
+                         testing::Combine(testing::Values(8, 16, 24), testing::Bool(), testing::ValuesIn(s_Areas)),
+                         NameOf);
+
+using PlatformDib = CFaceTest;
 
 TEST_F(PlatformDib, MovesWithinItselfLikeThroughACopy)
 {
-    const TArea areas[] = { { "", 3, 2, 20, 10, 0, 0 },
-                            { "", 0, 0, 20, 10, 5, 4 },
-                            { "", 4, 3, 20, 10, 6, 3 },
-                            { "", 6, 3, 20, 10, 4, 3 },
-                            { "", 2, 8, 20, 10, 5, 1 } };
+    const TArea areas[] = { { "RightDown", 3, 2, 20, 10, 0, 0 },
+                            { "LeftUp", 0, 0, 20, 10, 5, 4 },
+                            { "Left", 4, 3, 20, 10, 6, 3 },
+                            { "Right", 6, 3, 20, 10, 4, 3 },
+                            { "LeftDown", 2, 8, 20, 10, 5, 1 } };
     for (int nHeight : { 21, -21 })
         for (const TArea &a : areas)
         {
@@ -186,7 +191,7 @@ TEST_F(PlatformDib, MovesWithinItselfLikeThroughACopy)
             TModel expected = dib.Model();
             ModelBlit(expected, dib.Model(), a);
             BitBlt(dib.m_hDC, a.nX, a.nY, a.nWidth, a.nHeight, dib.m_hDC, a.nSourceX, a.nSourceY, SRCCOPY);
-            EXPECT_EQ(expected.pixels, dib.Model().pixels) << a.nX << "," << a.nY << " height " << nHeight;
+            EXPECT_EQ(expected.pixels, dib.Model().pixels) << a.pszName << ", height " << nHeight;
         }
 }
 
@@ -252,21 +257,23 @@ TEST_F(PlatformDib, BadRequestsAreRefused)
 {
     const struct
     {
+        const char *pszName;
         LONG nWidth, nHeight;
         WORD usPlanes, usDepth;
         DWORD ulCompression, ulError;
     } cases[] = {
-        { 0, 5, 1, 24, BI_RGB, ERROR_INVALID_PARAMETER },
-        { 5, 0, 1, 24, BI_RGB, ERROR_INVALID_PARAMETER },
-        { -5, 5, 1, 24, BI_RGB, ERROR_INVALID_PARAMETER },
-        { 5, 5, 2, 24, BI_RGB, ERROR_INVALID_PARAMETER },
-        { 5, 5, 1, 12, BI_RGB, ERROR_INVALID_PARAMETER },
-        { 5, 5, 1, 8, 1, ERROR_INVALID_PARAMETER },
-        { 5, INT32_MIN, 1, 24, BI_RGB, ERROR_INVALID_PARAMETER },
-        { 100000, 100000, 1, 24, BI_RGB, ERROR_NOT_ENOUGH_MEMORY },
+        { "NoWidth", 0, 5, 1, 24, BI_RGB, ERROR_INVALID_PARAMETER },
+        { "NoHeight", 5, 0, 1, 24, BI_RGB, ERROR_INVALID_PARAMETER },
+        { "NegativeWidth", -5, 5, 1, 24, BI_RGB, ERROR_INVALID_PARAMETER },
+        { "TwoPlanes", 5, 5, 2, 24, BI_RGB, ERROR_INVALID_PARAMETER },
+        { "TwelveBits", 5, 5, 1, 12, BI_RGB, ERROR_INVALID_PARAMETER },
+        { "Compressed", 5, 5, 1, 8, 1, ERROR_INVALID_PARAMETER },
+        { "LowestHeight", 5, INT32_MIN, 1, 24, BI_RGB, ERROR_INVALID_PARAMETER },
+        { "Huge", 100000, 100000, 1, 24, BI_RGB, ERROR_NOT_ENOUGH_MEMORY },
     };
     for (const auto &c : cases)
     {
+        SCOPED_TRACE(c.pszName);
         BITMAPINFO info = {};
         info.bmiHeader = {
             sizeof(BITMAPINFOHEADER), c.nWidth, c.nHeight, c.usPlanes, c.usDepth, c.ulCompression, 0, 0, 0, 0, 0

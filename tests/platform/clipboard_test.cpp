@@ -53,6 +53,7 @@ TEST_F(PlatformClipboard, TextComesInTheProgramsCodePage)
     };
     for (const auto &[pszDesktop, pszProgram] : cases)
     {
+        SCOPED_TRACE(pszDesktop);
         FaceSetClipboard(pszDesktop);
         EXPECT_TRUE(IsClipboardFormatAvailable(CF_TEXT));
         EXPECT_FALSE(IsClipboardFormatAvailable(2));

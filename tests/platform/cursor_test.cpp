@@ -1,11 +1,6 @@
 #include "platform/face.h"
 
-namespace
-{
-class PlatformCursor : public CFaceTest
-{
-};
-} // namespace
+using PlatformCursor = CFaceTest;
 
 TEST_F(PlatformCursor, ShapesAndTheirCounter)
 {

@@ -1,76 +1,39 @@
 #include "platform/face.h"
 
+#include <utility>
+
 CFaceTest *CFaceTest::s_pTest = nullptr;
 
 namespace
 {
 const char *NameOf(UINT ulMsg)
 {
-    switch (ulMsg)
-    {
-    case WM_NCCREATE:
-        return "NCCREATE";
-    case WM_CREATE:
-        return "CREATE";
-    case WM_SHOWWINDOW:
-        return "SHOWWINDOW";
-    case WM_QUERYNEWPALETTE:
-        return "QUERYNEWPALETTE";
-    case WM_PALETTECHANGED:
-        return "PALETTECHANGED";
-    case WM_ACTIVATEAPP:
-        return "ACTIVATEAPP";
-    case WM_ACTIVATE:
-        return "ACTIVATE";
-    case WM_SETFOCUS:
-        return "SETFOCUS";
-    case WM_KILLFOCUS:
-        return "KILLFOCUS";
-    case WM_WINDOWPOSCHANGED:
-        return "POSCHANGED";
-    case WM_MOVE:
-        return "MOVE";
-    case WM_SIZE:
-        return "SIZE";
-    case WM_PAINT:
-        return "PAINT";
-    case WM_ERASEBKGND:
-        return "ERASEBKGND";
-    case WM_CLOSE:
-        return "CLOSE";
-    case WM_DESTROY:
-        return "DESTROY";
-    case WM_NCDESTROY:
-        return "NCDESTROY";
-    case WM_SYSCOMMAND:
-        return "SYSCOMMAND";
-    case WM_SETCURSOR:
-        return "SETCURSOR";
-    case WM_MOUSEMOVE:
-        return "MOUSEMOVE";
-    case WM_LBUTTONDOWN:
-        return "LBUTTONDOWN";
-    case WM_LBUTTONUP:
-        return "LBUTTONUP";
-    case WM_RBUTTONDOWN:
-        return "RBUTTONDOWN";
-    case WM_RBUTTONUP:
-        return "RBUTTONUP";
-    case WM_KEYDOWN:
-        return "KEYDOWN";
-    case WM_KEYUP:
-        return "KEYUP";
-    case WM_SYSKEYDOWN:
-        return "SYSKEYDOWN";
-    case WM_SYSKEYUP:
-        return "SYSKEYUP";
-    case WM_CHAR:
-        return "CHAR";
-    case WM_STYLECHANGED:
-        return "STYLECHANGED";
-    default:
-        return nullptr;
+#define NAMED(name)                                                                                                    \
+    {                                                                                                                  \
+        WM_##name, #name                                                                                               \
     }
+    static const std::pair<UINT, const char *> s_Names[] = {
+        NAMED(NCCREATE),       NAMED(CREATE),
+        NAMED(SHOWWINDOW),     NAMED(QUERYNEWPALETTE),
+        NAMED(PALETTECHANGED), NAMED(ACTIVATEAPP),
+        NAMED(ACTIVATE),       NAMED(SETFOCUS),
+        NAMED(KILLFOCUS),      NAMED(MOVE),
+        NAMED(SIZE),           NAMED(PAINT),
+        NAMED(ERASEBKGND),     NAMED(CLOSE),
+        NAMED(DESTROY),        NAMED(NCDESTROY),
+        NAMED(SYSCOMMAND),     NAMED(SETCURSOR),
+        NAMED(MOUSEMOVE),      NAMED(LBUTTONDOWN),
+        NAMED(LBUTTONUP),      NAMED(RBUTTONDOWN),
+        NAMED(RBUTTONUP),      NAMED(KEYDOWN),
+        NAMED(KEYUP),          NAMED(SYSKEYDOWN),
+        NAMED(SYSKEYUP),       NAMED(CHAR),
+        NAMED(STYLECHANGED),   { WM_WINDOWPOSCHANGED, "POSCHANGED" },
+    };
+#undef NAMED
+    for (const auto &[ulNamed, pszName] : s_Names)
+        if (ulNamed == ulMsg)
+            return pszName;
+    return nullptr;
 }
 
 bool SaysHow(UINT ulMsg)

@@ -42,6 +42,12 @@ protected:
     static CFaceTest *s_pTest;
 };
 
+inline std::string Text(const RECT &rc)
+{
+    return std::to_string(rc.left) + "," + std::to_string(rc.top) + "," + std::to_string(rc.right) + "," +
+           std::to_string(rc.bottom);
+}
+
 inline uint32_t ShownPixel(HWND hWnd, int nX, int nY)
 {
     int nWidth, nHeight;

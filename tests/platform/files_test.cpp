@@ -1,42 +1,23 @@
 #include "platform/path.h"
 
-#include <gtest/gtest.h>
+#include "support.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
-#include <string>
 #include <sys/stat.h>
-#include <unistd.h>
-#include <vector>
 
 namespace
 {
 namespace fs = std::filesystem;
 
-class PlatformFiles : public testing::Test
+class PlatformFiles : public CFolderTest
 {
 protected:
-    PlatformFiles() : m_Old(fs::current_path())
-    {
-        char szFolder[] = "/tmp/tarvix-platform-XXXXXX";
-        m_Folder = mkdtemp(szFolder);
-        fs::current_path(m_Folder);
-    }
-
-    ~PlatformFiles() override
-    {
-        fs::current_path(m_Old);
-        fs::remove_all(m_Folder);
-    }
-
     void Make(const std::string &strPath, const std::string &strText = "text")
     {
         fs::create_directories((m_Folder / strPath).parent_path());
-        std::ofstream(m_Folder / strPath) << strText;
+        WriteFile(Path(strPath), strText);
     }
 
     std::string Read(const char *pszPath)
@@ -49,8 +30,6 @@ protected:
         fclose(pFile);
         return std::string(szText, ulRead);
     }
-
-    fs::path m_Old, m_Folder;
 };
 
 struct TPathCase
@@ -88,7 +67,7 @@ TEST_F(PlatformFiles, PathsAreFoundWithoutRegardToCase)
     for (const TPathCase &c : s_Paths)
     {
         char szReal[PATH_MAX];
-        ASSERT_TRUE(ResolvePath(c.pszAsked, szReal));
+        ASSERT_TRUE(ResolvePath(c.pszAsked, szReal)) << c.pszAsked;
         EXPECT_STREQ(c.pszFound ? c.pszFound : c.pszAsked, szReal);
     }
     const std::string strAbsolute = m_Folder.string() + "/DATA/SUB FOLDER/PICTURE.BMP";
@@ -112,6 +91,19 @@ TEST_F(PlatformFiles, BadPathsFailCleanly)
     EXPECT_EQ(ENAMETOOLONG, errno);
     EXPECT_FALSE(ResolvePath(strMany.c_str(), szReal));
     EXPECT_TRUE(ResolvePath(strDeep.c_str(), szReal));
+    // Found by letters of one byte, a name of two bytes a letter has to fit too.
+    std::string strTwoBytes;
+    for (int i = 0; i < 100; ++i)
+        strTwoBytes += "\xC3\xA4";
+    fs::create_directory(m_Folder / strTwoBytes);
+    char szGuarded[2 * PATH_MAX];
+    memset(szGuarded, 'g', sizeof(szGuarded));
+    const size_t ulFits = PATH_MAX - 1 - strTwoBytes.size();
+    EXPECT_TRUE(ResolvePath((std::string(100, '\xC4') + std::string(ulFits, '/')).c_str(), szGuarded));
+    EXPECT_EQ(strTwoBytes + std::string(ulFits, '/'), szGuarded);
+    EXPECT_FALSE(ResolvePath((std::string(100, '\xC4') + std::string(ulFits + 1, '/')).c_str(), szGuarded));
+    EXPECT_EQ(ENAMETOOLONG, errno);
+    EXPECT_EQ(std::string(PATH_MAX, 'g'), std::string(szGuarded + PATH_MAX, PATH_MAX));
     EXPECT_EQ(nullptr, PlatformOpenFile(strLong.c_str(), "rb"));
     EXPECT_EQ(nullptr, PlatformOpenFile(std::string(300, 'n').c_str(), "wb"));
     EXPECT_EQ(nullptr, PlatformOpenFile("", "rb"));
@@ -233,7 +225,7 @@ TEST_F(PlatformFiles, TemporaryNamesAreTakenAtOnce)
 
 TEST_F(PlatformFiles, FindListsInOrder)
 {
-    for (const char *psz : { "b.TXT", "A.txt", "c.bmp", "noext", ".hidden" })
+    for (const char *psz : { "b.TXT", "A.txt", "c.bmp", "noext", ".hidden", "-x" })
         Make(psz, "1234567");
     Make("Folder/x");
     const struct
@@ -241,8 +233,8 @@ TEST_F(PlatformFiles, FindListsInOrder)
         const char *pszPattern;
         std::vector<std::string> names;
     } cases[] = {
-        { "*", { ".", "..", ".hidden", "A.txt", "b.TXT", "c.bmp", "Folder", "noext" } },
-        { "*.*", { ".", "..", ".hidden", "A.txt", "b.TXT", "c.bmp", "Folder", "noext" } },
+        { "*", { ".", "..", "-x", ".hidden", "A.txt", "b.TXT", "c.bmp", "Folder", "noext" } },
+        { "*.*", { ".", "..", "-x", ".hidden", "A.txt", "b.TXT", "c.bmp", "Folder", "noext" } },
         { ".\\*.TXT", { "A.txt", "b.TXT" } },
         { "FOLDER\\*", { ".", "..", "x" } },
         { "folder\\X", { "x" } },
@@ -352,6 +344,7 @@ TEST(PlatformPathParts, AreSplitAtTheLastDotAndSeparator)
     };
     for (const auto &c : cases)
     {
+        SCOPED_TRACE(c.pszPath);
         char szDrive[_MAX_DRIVE], szDir[_MAX_DIR], szName[_MAX_FNAME], szExt[_MAX_EXT];
         _splitpath(c.pszPath, szDrive, szDir, szName, szExt);
         EXPECT_STREQ(c.pszDrive, szDrive);

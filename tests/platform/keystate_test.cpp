@@ -131,6 +131,7 @@ TEST_F(PlatformKeyState, SidesTogetherAndToggles)
     EXPECT_GE(GetKeyState(VK_SHIFT), 0);
     for (const int nKey : { (int)VK_CAPITAL, (int)VK_NUMLOCK, (int)'X' })
     {
+        SCOPED_TRACE(nKey);
         Key(nKey, true);
         Key(nKey, true); // held
         EXPECT_EQ(1, GetKeyState(nKey) & 1);

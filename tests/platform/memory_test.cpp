@@ -90,6 +90,22 @@ TEST(PlatformMemory, WalkFindsRoomThatCanBeReserved)
     VirtualFree(pFirst, 0, MEM_RELEASE);
 }
 
+// Too large for the low space: more is mapped then, for the alignment.
+TEST(PlatformMemory, NothingStaysMappedAroundALargeReservation)
+{
+    const SIZE_T ulSize = (SIZE_T)2 << 30;
+    char *const p = (char *)VirtualAlloc(nullptr, ulSize, MEM_RESERVE, PAGE_NOACCESS);
+    ASSERT_NE(nullptr, p);
+    EXPECT_EQ(0u, (uintptr_t)p % UNIT);
+    const auto IsMapped = [](char *pPage) { return msync(pPage, PAGE, MS_ASYNC) == 0; };
+    EXPECT_TRUE(IsMapped(p));
+    EXPECT_TRUE(IsMapped(p + ulSize - PAGE));
+    EXPECT_FALSE(IsMapped(p - PAGE));
+    EXPECT_FALSE(IsMapped(p + ulSize));
+    EXPECT_TRUE(VirtualFree(p, 0, MEM_RELEASE));
+    EXPECT_FALSE(IsMapped(p + ulSize - PAGE));
+}
+
 TEST(PlatformMemory, OthersMappingsAreNotFree)
 {
     void *p = mmap(nullptr, 4 * PAGE, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);

@@ -1,12 +1,8 @@
 #include "platform/win32.h"
 
-#include <gtest/gtest.h>
+#include "support.h"
 
-#include <cmath>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <string>
 
 namespace
 {
@@ -15,20 +11,18 @@ namespace fs = std::filesystem;
 typedef HRESULT (*TGetFolderPath)(HWND, int, HANDLE, DWORD, LPSTR);
 
 /// Sets variables for one test.
-class PlatformFolders : public testing::Test
+class PlatformFolders : public CFolderTest
 {
 protected:
     PlatformFolders()
     {
-        char szFolder[] = "/tmp/tarvix-home-XXXXXX";
-        m_Home = mkdtemp(szFolder);
         for (const char *psz : { "HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME" })
         {
             const char *pszOld = getenv(psz);
             m_Old.emplace_back(psz, pszOld ? pszOld : "");
             unsetenv(psz);
         }
-        setenv("HOME", m_Home.c_str(), 1);
+        setenv("HOME", m_Folder.c_str(), 1);
         m_hModule = LoadLibraryA("shfolder.dll");
         m_pfnGet = (TGetFolderPath)(void *)GetProcAddress(m_hModule, "SHGetFolderPathA");
     }
@@ -38,10 +32,8 @@ protected:
         EXPECT_TRUE(FreeLibrary(m_hModule));
         for (const auto &[strName, strValue] : m_Old)
             strValue.empty() ? unsetenv(strName.c_str()) : setenv(strName.c_str(), strValue.c_str(), 1);
-        fs::remove_all(m_Home);
     }
 
-    fs::path m_Home;
     std::vector<std::pair<std::string, std::string>> m_Old;
     HMODULE m_hModule;
     TGetFolderPath m_pfnGet;
@@ -51,18 +43,18 @@ protected:
 TEST_F(PlatformFolders, AreThoseOfTheDesktop)
 {
     ASSERT_NE(nullptr, m_pfnGet);
-    fs::create_directories(m_Home / ".config");
-    std::ofstream(m_Home / ".config/user-dirs.dirs") << "# x\nXDG_MUSIC_DIR=\"$HOME/My \\\"Music\"\n"
-                                                        "XDG_PICTURES_DIR=\"/srv/pictures\"\n";
+    fs::create_directory(".config");
+    WriteFile(".config/user-dirs.dirs",
+              "# x\nXDG_MUSIC_DIR=\"$HOME/My \\\"Music\"\nXDG_PICTURES_DIR=\"/srv/pictures\"\n");
     const struct
     {
         int nFolder;
         std::string strPath;
     } cases[] = {
-        { CSIDL_STARTMENU, m_Home.string() + "/.local/share/applications" },
-        { CSIDL_STARTUP, m_Home.string() + "/.config/autostart" },
-        { CSIDL_PERSONAL, m_Home.string() + "/Documents" },
-        { CSIDL_MYMUSIC, m_Home.string() + "/My \"Music" },
+        { CSIDL_STARTMENU, Path(".local/share/applications") },
+        { CSIDL_STARTUP, Path(".config/autostart") },
+        { CSIDL_PERSONAL, Path("Documents") },
+        { CSIDL_MYMUSIC, Path("My \"Music") },
         { CSIDL_MYPICTURES, "/srv/pictures" },
     };
     for (const auto &c : cases)
@@ -80,7 +72,7 @@ TEST_F(PlatformFolders, AreThoseOfTheDesktop)
     EXPECT_STREQ("/data/applications", sz);
     setenv("XDG_DATA_HOME", "relative", 1);
     m_pfnGet(nullptr, CSIDL_STARTMENU, nullptr, 0, sz);
-    EXPECT_EQ(m_Home.string() + "/.local/share/applications", sz);
+    EXPECT_EQ(Path(".local/share/applications"), sz);
     EXPECT_EQ(E_INVALIDARG, m_pfnGet(nullptr, 0x99, nullptr, 0, sz));
     EXPECT_STREQ("", sz);
 }

@@ -93,10 +93,7 @@ TEST_F(PlatformPaint, OnlyTheInvalidAreaIsPainted)
     InvalidateRect(hWnd, &rcB, FALSE);
     Run();
     EXPECT_EQ("PAINT", TakeLog()) << "two areas make one message, and nobody asked for erasing";
-    EXPECT_EQ(10, m_rcPaint.left);
-    EXPECT_EQ(10, m_rcPaint.top);
-    EXPECT_EQ(50, m_rcPaint.right);
-    EXPECT_EQ(30, m_rcPaint.bottom);
+    EXPECT_EQ("10,10,50,30", Text(m_rcPaint));
     EXPECT_EQ(0xC80000u, ShownPixel(hWnd, 15, 15));
     EXPECT_EQ(0u, ShownPixel(hWnd, 5, 5)) << "painted outside the invalid area";
     EXPECT_EQ(0u, ShownPixel(hWnd, 60, 20));

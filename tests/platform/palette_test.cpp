@@ -133,6 +133,25 @@ TEST_F(PlatformPalette, BackgroundTakesWhatIsLeft)
     DeleteObject(hBack);
 }
 
+TEST_F(PlatformPalette, EntriesThatChangeHaveSlotsOfTheirOwn)
+{
+    const HDC hDC = GetDC(OpenShown(WS_POPUP, 0, 0, 10, 10));
+    for (const int nFlags : { 0, (int)PC_NOCOLLAPSE, (int)PC_RESERVED })
+    {
+        const HPALETTE hPalette = Make(2, 0);
+        const PALETTEENTRY same[] = { { 1, 2, 3, (BYTE)nFlags }, { 1, 2, 3, (BYTE)nFlags } };
+        SetPaletteEntries(hPalette, 0, 2, same);
+        const HPALETTE hOld = SelectPalette(hDC, hPalette, FALSE);
+        RealizePalette(hDC);
+        int nSlots = 0;
+        for (const PALETTEENTRY &entry : System(hDC))
+            nSlots += entry.peRed == 1 && entry.peGreen == 2 && entry.peBlue == 3;
+        EXPECT_EQ(nFlags ? 2 : 1, nSlots) << "flags " << nFlags;
+        SelectPalette(hDC, hOld, FALSE);
+        DeleteObject(hPalette);
+    }
+}
+
 TEST_F(PlatformPalette, EntriesCanBeChangedAndAdded)
 {
     const HPALETTE hPalette = Make(4, 9);

@@ -78,6 +78,18 @@ TEST_F(PlatformQueue, PointerMovesAreOneUntilSomethingHappens)
     EXPECT_EQ(0u, msg.wParam);
 }
 
+TEST_F(PlatformQueue, PointerMovesOfTwoWindowsStayApart)
+{
+    const HWND hFirst = OpenShown(WS_POPUP, 0, 0, 100, 100), hSecond = OpenShown(WS_POPUP, 200, 0, 100, 100);
+    std::string strSeen;
+    for (const HWND hWnd : { hFirst, hSecond, hSecond, hFirst })
+        FaceMovePointerIn(hWnd, 10, (int)(strSeen += "x").size());
+    strSeen.clear();
+    for (MSG msg; PeekMessageA(&msg, nullptr, WM_MOUSEMOVE, WM_MOUSEMOVE, PM_REMOVE);)
+        strSeen += (msg.hwnd == hFirst ? "1:" : "2:") + std::to_string(msg.lParam >> 16) + " ";
+    EXPECT_EQ("1:1 2:3 1:4 ", strSeen);
+}
+
 TEST_F(PlatformQueue, MessagesOfAWindowGoWithIt)
 {
     const HWND hWnd = OpenShown(WS_POPUP, 0, 0, 100, 100);

@@ -1,17 +1,13 @@
 #include "platform/process.h"
 #include "platform/win32.h"
 
-#include <gtest/gtest.h>
+#include "support.h"
 
 #include <cstdlib>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
 #include <poll.h>
-#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <vector>
 
 namespace
 {
@@ -19,40 +15,36 @@ namespace fs = std::filesystem;
 
 /// A folder with programs that report their arguments and working folder, and
 /// a PATH that has nothing but the system's basic tools and, if wanted, xdg-open.
-class PlatformShell : public testing::Test
+class PlatformShell : public CFolderTest
 {
 protected:
-    PlatformShell() : m_Old(fs::current_path())
+    PlatformShell() : m_strOldPath(getenv("PATH") ? getenv("PATH") : "")
     {
-        const char *pszPath = getenv("PATH");
-        m_strOldPath = pszPath ? pszPath : "";
-        char szFolder[] = "/tmp/tarvix-shell-XXXXXX";
-        m_Folder = mkdtemp(szFolder);
-        fs::create_directory(m_Folder / "bin");
-        fs::create_directory(m_Folder / "Work");
-        fs::current_path(m_Folder);
-        EXPECT_EQ(0, mkfifo((m_Folder / "report").c_str(), 0600));
-        m_nReport = open((m_Folder / "report").c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-        setenv("PATH", (m_Folder / "bin").c_str(), 1);
+        fs::create_directory("bin");
+        fs::create_directory("Work");
+        EXPECT_EQ(0, mkfifo("report", 0600));
+        m_nReport = open("report", O_RDWR | O_NONBLOCK | O_CLOEXEC);
+        setenv("PATH", Path("bin").c_str(), 1);
     }
 
     ~PlatformShell() override
     {
         close(m_nReport);
         setenv("PATH", m_strOldPath.c_str(), 1);
-        fs::current_path(m_Old);
-        fs::remove_all(m_Folder);
     }
 
     /// A script that writes its working folder and arguments, a line each, to the report.
     void MakeReporter(const std::string &strPath, int nExit = 0)
     {
-        Make(strPath, "#!/bin/sh\n{ pwd; for a in \"$0\" \"$@\"; do echo \"$a\"; done; echo end; } > " +
-                          (m_Folder / "report").string() + "\nexit " + std::to_string(nExit) + "\n");
-        fs::permissions(m_Folder / strPath, fs::perms::owner_all);
+        MakeProgram(strPath, "#!/bin/sh\n{ pwd; for a in \"$0\" \"$@\"; do echo \"$a\"; done; echo end; } > " +
+                                 Path("report") + "\nexit " + std::to_string(nExit) + "\n");
     }
 
-    void Make(const std::string &strPath, const std::string &strText) { std::ofstream(m_Folder / strPath) << strText; }
+    static void MakeProgram(const std::string &strPath, const std::string &strText)
+    {
+        WriteFile(strPath, strText);
+        fs::permissions(strPath, fs::perms::owner_all);
+    }
 
     /// What the program wrote; waits for it.
     std::vector<std::string> Report()
@@ -80,7 +72,6 @@ protected:
         return (int)(intptr_t)ShellExecuteA(nullptr, "open", pszFile, pszArguments, pszFolder, SW_SHOW);
     }
 
-    fs::path m_Old, m_Folder;
     std::string m_strOldPath;
     int m_nReport;
 };
@@ -91,29 +82,28 @@ typedef std::vector<std::string> TLines;
 TEST_F(PlatformShell, ProgramsGetTheirArgumentsAndFolder)
 {
     MakeReporter("Tool.exe");
-    const std::string strTool = (m_Folder / "Tool.exe").string();
+    const std::string strTool = Path("Tool.exe");
     ASSERT_GT(Execute(".\\TOOL.EXE", "one \"two three\" $HOME 'x' \"a\\\"b\" c\\d", "work"), 32);
-    EXPECT_EQ((TLines{ (m_Folder / "Work").string(), strTool, "one", "two three", "$HOME", "'x'", "a\"b", "c\\d" }),
-              Report());
+    EXPECT_EQ((TLines{ Path("Work"), strTool, "one", "two three", "$HOME", "'x'", "a\"b", "c\\d" }), Report());
     ASSERT_GT(Execute("Tool.exe"), 32) << "the working folder comes first";
     EXPECT_EQ((TLines{ m_Folder.string(), strTool }), Report());
     MakeReporter("bin/found-on-path");
     ASSERT_GT(Execute("found-on-path", "x"), 32);
-    EXPECT_EQ((TLines{ m_Folder.string(), (m_Folder / "bin/found-on-path").string(), "x" }), Report());
+    EXPECT_EQ((TLines{ m_Folder.string(), Path("bin/found-on-path"), "x" }), Report());
 }
 
 TEST_F(PlatformShell, DocumentsAndAddressesGoToTheOpener)
 {
-    Make("Read me.txt", "text");
+    WriteFile("Read me.txt", "text");
     EXPECT_EQ(SE_ERR_NOASSOC, Execute("Read me.txt")) << "there is no opener";
     MakeReporter("bin/xdg-open");
-    const std::string strOpener = (m_Folder / "bin/xdg-open").string();
+    const std::string strOpener = Path("bin/xdg-open");
     ASSERT_GT(Execute("read ME.txt"), 32);
-    EXPECT_EQ((TLines{ m_Folder.string(), strOpener, (m_Folder / "Read me.txt").string() }), Report());
+    EXPECT_EQ((TLines{ m_Folder.string(), strOpener, Path("Read me.txt") }), Report());
     ASSERT_GT(Execute("https://example.org/?a=1&b=\"2\""), 32);
     EXPECT_EQ((TLines{ m_Folder.string(), strOpener, "https://example.org/?a=1&b=\"2\"" }), Report());
     ASSERT_GT(Execute("Work"), 32);
-    EXPECT_EQ((m_Folder / "Work").string(), Report().back());
+    EXPECT_EQ(Path("Work"), Report().back());
     MakeReporter("bin/xdg-open", 3);
     EXPECT_EQ(SE_ERR_NOASSOC, Execute("Read me.txt")) << "the opener found no program";
     Report();
@@ -127,10 +117,8 @@ TEST_F(PlatformShell, DocumentsAndAddressesGoToTheOpener)
 
 TEST_F(PlatformShell, FailuresHaveTheirNumbers)
 {
-    Make("broken", std::string("\x7F") + "ELF and nothing more");
-    fs::permissions("broken", fs::perms::owner_all);
-    Make("no-interpreter", "#!/no/such/interpreter\n");
-    fs::permissions("no-interpreter", fs::perms::owner_all);
+    MakeProgram("broken", std::string("\x7F") + "ELF and nothing more");
+    MakeProgram("no-interpreter", "#!/no/such/interpreter\n");
     const struct
     {
         const char *pszFile, *pszFolder;

@@ -1,26 +1,16 @@
 #include "platform/win32.h"
 
-#include <gtest/gtest.h>
+#include "support.h"
 
-#include <cstdlib>
-#include <cwchar>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
 #include <sys/stat.h>
 
 namespace
 {
-namespace fs = std::filesystem;
-
-class PlatformLink : public testing::Test
+class PlatformLink : public CFolderTest
 {
 protected:
     PlatformLink()
     {
-        char szFolder[] = "/tmp/tarvix-link-XXXXXX";
-        m_Folder = mkdtemp(szFolder);
         EXPECT_EQ(S_OK, CoInitialize(nullptr));
         EXPECT_EQ(S_OK,
                   CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkA, (void **)&m_pLink));
@@ -32,24 +22,10 @@ protected:
         EXPECT_EQ(1u, m_pFile->Release());
         EXPECT_EQ(0u, m_pLink->Release());
         CoUninitialize();
-        fs::remove_all(m_Folder);
     }
 
-    std::wstring Wide(const std::string &strName)
-    {
-        const std::string strPath = (m_Folder / strName).string();
-        wchar_t sz[512];
-        EXPECT_NE(0, MultiByteToWideChar(CP_ACP, 0, strPath.c_str(), -1, sz, 512));
-        return sz;
-    }
+    std::wstring Wide(const std::string &strName) { return (m_Folder / strName).wstring(); }
 
-    std::string Text(const char *pszName)
-    {
-        std::ifstream file(m_Folder / pszName);
-        return std::string(std::istreambuf_iterator<char>(file), {});
-    }
-
-    fs::path m_Folder;
     IShellLinkA *m_pLink = nullptr;
     IPersistFile *m_pFile = nullptr;
 };
@@ -73,6 +49,7 @@ TEST_F(PlatformLink, ComesBackAsItWasSaved)
 {
     for (const TLinkCase &c : s_Links)
     {
+        SCOPED_TRACE(c.pszPath);
         m_pLink->SetPath(c.pszPath);
         m_pLink->SetArguments(c.pszArguments);
         m_pLink->SetDescription(c.pszDescription);
@@ -81,12 +58,12 @@ TEST_F(PlatformLink, ComesBackAsItWasSaved)
         EXPECT_EQ(S_OK, m_pFile->IsDirty());
         ASSERT_EQ(S_OK, m_pFile->Save(Wide("My link.LNK").c_str(), TRUE));
         EXPECT_EQ(S_FALSE, m_pFile->IsDirty());
-        const std::string strText = Text("My link.desktop");
+        const std::string strText = ReadFile("My link.desktop");
         EXPECT_EQ(0u, strText.find("[Desktop Entry]\nType=Application\n"));
         EXPECT_NE(std::string::npos, strText.find("\nName=My link\n"));
         EXPECT_NE(std::string::npos, strText.find("\n" + std::string(c.pszExec) + "\n")) << strText;
         struct stat info;
-        ASSERT_EQ(0, stat((m_Folder / "My link.desktop").c_str(), &info));
+        ASSERT_EQ(0, stat("My link.desktop", &info));
         EXPECT_TRUE(info.st_mode & S_IXUSR);
 
         m_pLink->SetPath("changed");
@@ -110,8 +87,8 @@ TEST_F(PlatformLink, ComesBackAsItWasSaved)
 
 TEST_F(PlatformLink, LinksOfOthersAreRead)
 {
-    std::ofstream(m_Folder / "other.desktop") << "# comment\n[Other]\nExec=wrong\n[Desktop Entry]\r\nName=N\n"
-                                                 "Exec = env \"a b\" %U --x=%% plain\nComment=Says\\nso\n";
+    WriteFile("other.desktop", "# comment\n[Other]\nExec=wrong\n[Desktop Entry]\r\nName=N\n"
+                               "Exec = env \"a b\" %U --x=%% plain\nComment=Says\\nso\n");
     ASSERT_EQ(S_OK, m_pFile->Load(Wide("other.desktop").c_str(), STGM_READ));
     char sz[256];
     m_pLink->GetPath(sz, sizeof(sz), nullptr, 0);
@@ -132,7 +109,7 @@ TEST_F(PlatformLink, FailuresSayWhy)
     EXPECT_EQ(STG_E_PATHNOTFOUND, m_pFile->Save(Wide("no/none.lnk").c_str(), TRUE));
     for (const char *pszText : { "", "binary", "[Desktop Entry]\nName=x\n", "[Desktop Entry]\nExec=\n" })
     {
-        std::ofstream(m_Folder / "bad.desktop") << pszText;
+        WriteFile("bad.desktop", pszText);
         EXPECT_EQ(STG_E_INVALIDHEADER, m_pFile->Load(Wide("bad.lnk").c_str(), STGM_READ)) << pszText;
     }
     void *p = this;
@@ -193,9 +170,10 @@ TEST(PlatformCom, TextsBecomeWide)
     };
     for (const auto &c : cases)
     {
+        SCOPED_TRACE(c.strText);
         wchar_t sz[32];
         const int n = MultiByteToWideChar(CP_ACP, 0, c.strText.c_str(), -1, sz, 32);
-        ASSERT_EQ((int)c.strWide.size() + 1, n) << c.strText;
+        ASSERT_EQ((int)c.strWide.size() + 1, n);
         EXPECT_EQ(c.strWide, sz);
         EXPECT_EQ(n, MultiByteToWideChar(CP_UTF8, 0, c.strText.c_str(), -1, nullptr, 0));
         EXPECT_EQ(n - 1, MultiByteToWideChar(CP_UTF8, 0, c.strText.c_str(), (int)c.strText.size(), sz, 32));

@@ -4,6 +4,15 @@ namespace
 {
 class PlatformWindow : public CFaceTest
 {
+protected:
+    LRESULT Handle(HWND hWnd, UINT ulMsg, WPARAM wParam, LPARAM lParam) override
+    {
+        if (ulMsg == WM_WINDOWPOSCHANGED)
+            m_ulPosFlags = ((const WINDOWPOS *)lParam)->flags & (SWP_NOMOVE | SWP_NOSIZE);
+        return DefWindowProcA(hWnd, ulMsg, wParam, lParam);
+    }
+
+    UINT m_ulPosFlags = 0; ///< of the last message
 };
 
 RECT WindowRect(HWND hWnd)
@@ -11,12 +20,6 @@ RECT WindowRect(HWND hWnd)
     RECT rc = {};
     EXPECT_TRUE(GetWindowRect(hWnd, &rc));
     return rc;
-}
-
-std::string Text(const RECT &rc)
-{
-    return std::to_string(rc.left) + "," + std::to_string(rc.top) + "," + std::to_string(rc.right) + "," +
-           std::to_string(rc.bottom);
 }
 
 POINT ClientCorner(HWND hWnd)
@@ -117,6 +120,13 @@ TEST_F(PlatformWindow, PositionFlagsLeaveOutWhatTheySay)
     SetWindowPos(hWnd, nullptr, 999, 999, 60, 70, SWP_NOMOVE | SWP_NOZORDER | SWP_NOOWNERZORDER);
     EXPECT_EQ("30,40,90,110", Text(WindowRect(hWnd)));
     EXPECT_EQ("POSCHANGED SIZE0", TakeLog());
+    EXPECT_EQ((UINT)SWP_NOMOVE, m_ulPosFlags);
+    for (const int nMove : { 1, 0 })
+    {
+        SetWindowPos(hWnd, nullptr, 30, 40 + nMove, 60, 70, SWP_NOZORDER);
+        EXPECT_EQ((UINT)SWP_NOSIZE, m_ulPosFlags) << "it moves down and up alone";
+    }
+    TakeLog();
     SetWindowPos(hWnd, nullptr, 30, 40, 60, 70, SWP_NOZORDER);
     EXPECT_EQ("", TakeLog()) << "nothing has changed";
 }
@@ -167,6 +177,21 @@ TEST_F(PlatformWindow, UserResizesAndMoves)
     Run();
     EXPECT_EQ("POSCHANGED MOVE", TakeLog());
     EXPECT_EQ("50,50,358,231", Text(WindowRect(hWnd)));
+}
+
+TEST_F(PlatformWindow, WhatIsHiddenOrAnIconHasNoFocus)
+{
+    const HWND hWnd = OpenShown(0xCF0000, 100, 100, 208, 131);
+    EXPECT_TRUE(ShowWindow(hWnd, SW_HIDE));
+    EXPECT_EQ("SHOWWINDOW0 POSCHANGED ACTIVATE ACTIVATEAPP0 KILLFOCUS", TakeLog());
+    EXPECT_EQ(nullptr, GetFocus());
+    EXPECT_FALSE(ShowWindow(hWnd, SW_SHOW));
+    EXPECT_EQ(hWnd, GetFocus());
+    FaceMinimize(hWnd);
+    Run();
+    FaceActivate(hWnd, true);
+    Run();
+    EXPECT_EQ(nullptr, GetFocus());
 }
 
 TEST_F(PlatformWindow, CloseGoesThroughTheSystemCommand)

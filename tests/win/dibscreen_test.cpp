@@ -7,12 +7,7 @@
 
 #include <array>
 
-namespace
-{
-class CDibScreenTest : public CScreenTest
-{
-};
-} // namespace
+using CDibScreenTest = CScreenTest;
 
 TEST_F(CDibScreenTest, ListsEighteenModes)
 {
@@ -29,16 +24,17 @@ TEST_F(CDibScreenTest, ListsEighteenModes)
         ASSERT_NE(0, s.ModeExists());
         const xlong *plWanted = s_lModes[n / 2];
         const SVmode &mode = *s.ModeGet();
+        char szName[64];
+        snprintf(szName, sizeof(szName), "Windows %ld*%ld %ldbit", (long)plWanted[0], (long)plWanted[1],
+                 (long)plWanted[2]);
+        SCOPED_TRACE(szName);
+        EXPECT_STREQ(szName, mode.szName);
         EXPECT_EQ(plWanted[0], mode.lWidth);
         EXPECT_EQ(plWanted[1], mode.lHeight);
         EXPECT_EQ(plWanted[2], mode.lDepth);
         EXPECT_EQ(plWanted[3 + n % 2], mode.lId);
         EXPECT_EQ(n % 2 ? XMODE_DESKTOP : XMODE_WINDOW, mode.lKind);
         EXPECT_EQ(mode.lWidth * mode.lDepth / 8, mode.lRowBytes);
-        char szName[64];
-        snprintf(szName, sizeof(szName), "Windows %ld*%ld %ldbit", (long)plWanted[0], (long)plWanted[1],
-                 (long)plWanted[2]);
-        EXPECT_STREQ(szName, mode.szName);
     }
     EXPECT_EQ(1, s.AddWindowVideoMode(320, 200, 16, -1));
     EXPECT_EQ(1, s.AddWindowVideoMode(320, 200, 16, -1));
@@ -63,6 +59,7 @@ TEST_F(CDibScreenTest, EveryModeStartsInBothKinds)
             for (xlong lDepth : { 8, 16, 24 })
             {
                 SetMode(lWidth, lWidth * 3 / 4, lDepth, lKind);
+                SCOPED_TRACE(Mode().szName);
                 EXPECT_EQ(lDepth, Mode().lDepth);
                 EXPECT_EQ(-lWidth * 3 / 4, Screen()->m_pDib->GetHeight());
                 EXPECT_EQ(lWidth - 1, Screen()->m_rcClip.m_lRight);
@@ -86,6 +83,7 @@ TEST_F(CDibScreenTest, ScreenDrawingLastsOneFrame)
     for (xlong lDepth : { 8, 16, 24 })
     {
         SetMode(640, 480, lDepth);
+        SCOPED_TRACE(Mode().szName);
         CDibScreen &s = *Screen();
         CBitmap picture, sprite;
         picture.CreateRGB(640, 480, 24, 8, 8, 8, 0, 8, 16, 0);
@@ -302,18 +300,15 @@ TEST(StartTest, EveryAllocationOfAStartMayFail)
               std::string(24, 0) + std::string(16, 'x');
     WriteFile(file.string(), strBmp);
     ASSERT_TRUE(FaceStart(&desktop));
-    const size_t ulBefore = HeapState().ulLiveBlocks;
-    xlong lFailAt = 1;
-    for (bool bDone = false; !bDone; ++lFailAt)
-    {
-        ASSERT_LT(lFailAt, 500);
-        glb = new SGlobals;
-        sglb = new SSysGlobals;
-        HeapFailAt(lFailAt);
-        bool bWorked = xCreateGlobals() && xInit(0, nullptr);
-        if (bWorked)
+    int nRuns = 0;
+    FailEachAllocation(
+        [&]
         {
-            CDibScreen *pScreen = sglb->m_pDibScreen;
+            ++nRuns;
+            glb = new SGlobals;
+            sglb = new SSysGlobals;
+            bool bWorked = xCreateGlobals() && xInit(0, nullptr);
+            CDibScreen *const pScreen = bWorked ? sglb->m_pDibScreen : nullptr;
             bWorked = pScreen && pScreen->InitModeRez(640, 480, 24, XMODE_WINDOW) &&
                       pScreen->SetScreenWindowProperties(3, -1, -1) && pScreen->SetPersistentMode(1);
             if (bWorked)
@@ -327,23 +322,17 @@ TEST(StartTest, EveryAllocationOfAStartMayFail)
                 pScreen->ExitMode();
                 bWorked = pScreen->GetVideoModes() && pScreen->InitModeRez(800, 600, 16, XMODE_WINDOW) && bWorked;
             }
-        }
-        bDone = bWorked && !HeapFailed();
-        HeapFailAt(0);
-        if (!bDone && !bWorked)
-            EXPECT_NE(0, glb->m_Error.GetErrCode()) << "allocation " << lFailAt;
-        glb->m_pScreen = nullptr;
-        xExit();
-        xFreeGlobals();
-        delete sglb;
-        delete glb;
-        glb = nullptr;
-        sglb = nullptr;
-        const THeapState after = HeapState();
-        ASSERT_EQ(ulBefore, after.ulLiveBlocks) << "left behind after failing allocation " << lFailAt;
-        ASSERT_STREQ(nullptr, after.pszFault);
-    }
-    EXPECT_GT(lFailAt, 30);
+            if (!bWorked)
+                EXPECT_NE(0, glb->m_Error.GetErrCode());
+            glb->m_pScreen = nullptr;
+            xExit();
+            xFreeGlobals();
+            delete std::exchange(sglb, nullptr);
+            delete std::exchange(glb, nullptr);
+            EXPECT_STREQ(nullptr, HeapState().pszFault);
+            return bWorked;
+        });
+    EXPECT_GT(nRuns, 30);
     FaceStop();
     std::filesystem::remove(file);
 }

@@ -217,23 +217,6 @@ TEST_F(CKeyboardFaceTest, EveryTrackedKey)
     }
 }
 
-TEST_F(CKeyboardFaceTest, SidesOfModifiers)
-{
-    EXPECT_EQ((TEvents{ { XKEY_SHIFT, 0x21 }, { XKEY_LSHIFT, 0x21 } }), Press(VK_LSHIFT, true));
-    EXPECT_EQ(1, Keyboard().IsPressed(XKEY_LSHIFT) & 1);
-    EXPECT_EQ(3, Keyboard().IsPressed(XKEY_SHIFT));
-    EXPECT_EQ(0, Keyboard().IsPressed(XKEY_RSHIFT));
-    EXPECT_EQ((TEvents{ { 'A', 0x21 } }), Press('A', true, 'A'));
-    EXPECT_EQ((TEvents{ { 'A', 0x20 } }), Press('A', false));
-    EXPECT_EQ((TEvents{ { XKEY_LSHIFT, 0 }, { XKEY_RSHIFT, 0 }, { XKEY_SHIFT, 0 } }), Press(VK_LSHIFT, false));
-    EXPECT_EQ((TEvents{ { XKEY_CTRL, 5 }, { XKEY_RCTRL, 5 } }), Press(VK_RCONTROL, true));
-    EXPECT_EQ((TEvents{ { 22, 5 } }), Press('V', true, 22)) << "the character of Ctrl+V";
-    EXPECT_EQ((TEvents{ { XKEY_ALT, 0x0d }, { XKEY_LALT, 0x0d } }), Press(VK_LMENU, true));
-    Press(VK_RCONTROL, false);
-    EXPECT_EQ((TEvents{ { XKEY_LALT, 0 }, { XKEY_RALT, 0 }, { XKEY_ALT, 0 } }), Press(VK_LMENU, false));
-    EXPECT_EQ(1, Keyboard().GetPressed()) << "V";
-}
-
 namespace
 {
 // The rules for modifiers told once more, the slow way: states by code, events

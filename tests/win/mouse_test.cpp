@@ -1,6 +1,5 @@
 #include "tarvix/mouse.h"
 
-#include "core/heap.h"
 #include "screensupport.h"
 #include "slots.h"
 #include "tarvix/bitmap.h"
@@ -65,30 +64,31 @@ TEST_F(CMouseTest, ButtonWordTellsEdges)
 {
     struct TStep
     {
+        const char *pszName;
         unsigned int uMsg;
         xuparam wParam;
         xulong ulWord; // before it is read
         bool bRead;
     };
     static const TStep s_Steps[] = {
-        { WM_LBUTTONDOWN, MK_LBUTTON, 0x101, true },
-        { WM_MOUSEMOVE, MK_LBUTTON, 0x001, false },
-        { WM_RBUTTONDOWN, MK_LBUTTON | MK_RBUTTON, 0x203, false },
-        { WM_LBUTTONUP, MK_RBUTTON, 0x10202, false },
-        { WM_LBUTTONDOWN, MK_LBUTTON | MK_RBUTTON | MK_SHIFT, 0x10303, true },
-        { WM_LBUTTONUP, MK_RBUTTON, 0x10002, false },
-        { WM_RBUTTONUP, 0, 0x30000, true },
+        { "left down", WM_LBUTTONDOWN, MK_LBUTTON, 0x101, true },
+        { "moved", WM_MOUSEMOVE, MK_LBUTTON, 0x001, false },
+        { "right down", WM_RBUTTONDOWN, MK_LBUTTON | MK_RBUTTON, 0x203, false },
+        { "left up", WM_LBUTTONUP, MK_RBUTTON, 0x10202, false },
+        { "left down with Shift", WM_LBUTTONDOWN, MK_LBUTTON | MK_RBUTTON | MK_SHIFT, 0x10303, true },
+        { "left up again", WM_LBUTTONUP, MK_RBUTTON, 0x10002, false },
+        { "right up", WM_RBUTTONUP, 0, 0x30000, true },
         // The middle button sends no message of its own that is listened to.
-        { WM_MBUTTONDOWN, MK_MBUTTON, 0, false },
-        { WM_MOUSEMOVE, MK_MBUTTON, 0x404, false },
-        { WM_MOUSEMOVE, 0, 0x40400, true },
-        { WM_SETCURSOR, MK_LBUTTON, 0, false },
-        { WM_ACTIVATEAPP, MK_LBUTTON, 0, true },
+        { "middle down", WM_MBUTTONDOWN, MK_MBUTTON, 0, false },
+        { "moved with middle", WM_MOUSEMOVE, MK_MBUTTON, 0x404, false },
+        { "moved without", WM_MOUSEMOVE, 0, 0x40400, true },
+        { "cursor", WM_SETCURSOR, MK_LBUTTON, 0, false },
+        { "activity", WM_ACTIVATEAPP, MK_LBUTTON, 0, true },
     };
     Mouse().SetUpdateCallback(KeepUpdate);
     for (const TStep &step : s_Steps)
     {
-        SCOPED_TRACE(&step - s_Steps);
+        SCOPED_TRACE(step.pszName);
         EXPECT_EQ(0, Mouse().WinMsgHandler(sglb->m_hWnd, step.uMsg, step.wParam, 0));
         EXPECT_EQ(step.ulWord, Mouse().m_ulButtons);
         signed char cDown = -1;
@@ -254,28 +254,15 @@ TEST_F(CMouseTest, CursorFilesFailCleanlyWhenMemoryEnds)
     MakePicture(picture);
     ASSERT_EQ(1, picture.Save("cursor.bmp", nullptr, nullptr, nullptr, 0)) << LastError();
     m.FreeCursor(m.AllocCursor("cursor.bmp", nullptr, 8, 8, 0, 0)); // pools grow once
-    const size_t ulBefore = HeapState().ulLiveBlocks;
-    xulong ulId = 0;
-    xlong l = 1;
-    for (; !ulId && l < 200; ++l)
-    {
-        HeapFailAt(l);
-        ulId = m.AllocCursor("cursor.bmp", nullptr, 8, 8, 0, 0);
-        const bool bFailed = HeapFailed();
-        HeapFailAt(0);
-        if (!ulId)
-            ASSERT_EQ(ulBefore, HeapState().ulLiveBlocks) << l;
-        ASSERT_TRUE(bFailed || ulId) << l;
-        if (bFailed && ulId) // something that can do without
+    int nRuns = 0;
+    FailEachAllocation(
+        [&]
         {
-            m.FreeCursor(ulId);
-            ulId = 0;
-        }
-    }
-    EXPECT_GT(l, 5);
-    ASSERT_NE(0u, ulId);
-    m.FreeCursor(ulId);
-    EXPECT_EQ(ulBefore, HeapState().ulLiveBlocks) << "the picture goes with its cursor";
+            ++nRuns;
+            const xulong ulId = m.AllocCursor("cursor.bmp", nullptr, 8, 8, 0, 0);
+            return ulId && m.FreeCursor(ulId); // the picture goes with its cursor
+        });
+    EXPECT_GT(nRuns, 5);
     EXPECT_EQ(0u, m.AllocCursor("absent.bmp", nullptr, 8, 8, 0, 0));
     glb->m_pScreen = nullptr;
     EXPECT_EQ(0u, m.AllocCursor("cursor.bmp", nullptr, 8, 8, 0, 0));
@@ -285,22 +272,14 @@ TEST_F(CMouseTest, CursorFilesFailCleanlyWhenMemoryEnds)
 #ifndef _WIN32
 TEST_F(CMouseTest, PlacesArePixelsOfThePicture)
 {
-    struct TStyle
-    {
-        xulong ulFlags;
-        xlong lAddX, lAddY;
-    };
     // Frames are 4 wide, captions 19 high; see the platform's metrics.
     const xlong lFrame = GetSystemMetrics(SM_CXFRAME),
                 lTitle = GetSystemMetrics(SM_CYFRAME) + GetSystemMetrics(SM_CYCAPTION);
-    for (const TStyle &style :
-         { TStyle{ 3, lFrame, lTitle }, TStyle{ 2, lFrame, lTitle }, TStyle{ 1, lFrame, lTitle } })
+    for (const xulong ulFlags : { 1, 2, 3 })
     {
-        SCOPED_TRACE(style.ulFlags);
-        ASSERT_EQ(1, Screen()->SetScreenWindowProperties(style.ulFlags, -1, -1));
-        EXPECT_EQ((TPlace{ style.lAddX, style.lAddY }), TPlace(Mouse().m_lAddX, Mouse().m_lAddY));
+        ASSERT_EQ(1, Screen()->SetScreenWindowProperties(ulFlags, -1, -1));
+        EXPECT_EQ((TPlace{ lFrame, lTitle }), TPlace(Mouse().m_lAddX, Mouse().m_lAddY)) << "style " << ulFlags;
     }
-    ASSERT_EQ(1, Screen()->SetScreenWindowProperties(3, -1, -1));
     for (const TPlace &place : { TPlace{ 0, 0 }, TPlace{ 639, 479 }, TPlace{ 17, 401 } })
     {
         FaceMovePointerIn(sglb->m_hWnd, place.first, place.second);

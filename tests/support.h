@@ -1,7 +1,7 @@
 // What the tests share.
 #pragma once
 
-#include "core/heap.h"
+#include "allocations.h"
 #include "tarvix/globals.h"
 #include "tarvix/strings.h"
 #include "tarvix/system.h"
@@ -92,27 +92,6 @@ inline std::string ReadFile(const std::string &strPath)
 inline std::string LastError()
 {
     return glb->m_Error.GetErrCode() ? glb->m_Error.GetError(nullptr) : "";
-}
-
-/// Makes the n-th allocation of a call fail, for every n until none does. What
-/// is allocated behind each must be what was before.
-/// @param call  says whether it got through; what it keeps then it frees itself
-template <class TCall>
-void FailEachAllocation(TCall call)
-{
-    for (xlong l = 1;; ++l)
-    {
-        SCOPED_TRACE("allocation " + std::to_string(l));
-        ASSERT_LT(l, 500);
-        const size_t ulBlocks = HeapState().ulLiveBlocks;
-        HeapFailAt(l);
-        const bool bWorked = call(), bFailed = HeapFailed();
-        HeapFailAt(0);
-        EXPECT_TRUE(bWorked || bFailed);
-        ASSERT_EQ(ulBlocks, HeapState().ulLiveBlocks);
-        if (!bFailed)
-            return;
-    }
 }
 
 /// A string of the library's heap as a std::string, freed; "(null)" for null.

@@ -22,7 +22,7 @@ protected:
 TEST_F(CChaosTest, AHostMayDoAnythingAnywhere)
 {
 #ifdef _WIN32
-    const unsigned uSeeds = 4; // with real windows and real time
+    const unsigned uSeeds = 40; // with real windows and real time
 #else
     const unsigned uSeeds = 400;
 #endif

@@ -40,7 +40,7 @@ char *NewJoined(const char *pszA, size_t ulA, bool bSlash, const char *pszB, con
     memcpy(psz, pszA, ulA);
     if (bSlash)
         psz[ulA] = '/';
-    memcpy(psz + ulA + bSlash, pszB, ulB);
+    memcpy(psz + ulA + bSlash, pszB, ulB + 1);
     return psz;
 }
 

@@ -6,6 +6,7 @@
 #include "tarvix/strings.h"
 #include "tarvix/systemshell.h"
 
+#include <stdio.h>
 #include <string.h>
 
 namespace
@@ -14,12 +15,10 @@ const char s_szMail[] = "mailto:";
 
 char *CopyText(const char *pszFirst, const char *pszSecond)
 {
-    const size_t ulFirst = strlen(pszFirst), ulSecond = strlen(pszSecond);
-    char *const psz = XNEW(char[ulFirst + ulSecond + 1]);
-    if (!psz)
-        return nullptr;
-    memcpy(psz, pszFirst, ulFirst);
-    memcpy(psz + ulFirst, pszSecond, ulSecond + 1);
+    const size_t ulSize = strlen(pszFirst) + strlen(pszSecond) + 1;
+    char *const psz = XNEW(char[ulSize]);
+    if (psz)
+        snprintf(psz, ulSize, "%s%s", pszFirst, pszSecond);
     return psz;
 }
 

@@ -46,7 +46,7 @@ bool CReplayLine::TakeWord(const char *pszWord)
 {
     SkipBlanks();
     const size_t ulLength = strlen(pszWord);
-    if (strncmp(m_psz, pszWord, ulLength) || (m_psz[ulLength] && !IsBlank(m_psz[ulLength])))
+    if (strncmp(m_psz, pszWord, ulLength) != 0 || (m_psz[ulLength] && !IsBlank(m_psz[ulLength])))
         return false;
     m_psz += ulLength;
     return true;

@@ -326,7 +326,7 @@ bool CKCBLScan::Raw(TState &state, size_t ulIndent)
 {
     const char *pField = m_pBody + ((const xlong *)m_pStarts)[m_lNumStrings - 1];
     const size_t ulTag = strlen("ASCIIDATA");
-    if ((size_t)(state.pOut - pField) < ulTag || memcmp(pField, "ASCIIDATA", ulTag))
+    if ((size_t)(state.pOut - pField) < ulTag || memcmp(pField, "ASCIIDATA", ulTag) != 0)
         return Fail(m_pKeyword, s_szRawHead);
     *state.pOut++ = 0;
     if (!StartString(state))

@@ -299,7 +299,7 @@ bool PutItem(CLine &line, const TKCBLKeyword *pItem, xlong lIndent)
     if (bRaw)
     {
         --lCount;
-        if (!lCount || strncmp(pItem->ppszStrings[lCount - 1], s_szRawTag, sizeof(s_szRawTag) - 1))
+        if (!lCount || strncmp(pItem->ppszStrings[lCount - 1], s_szRawTag, sizeof(s_szRawTag) - 1) != 0)
         {
             xErrorTxt("Malformed rawdata string");
             return false;

@@ -164,9 +164,10 @@ xlong xSys_SetCurrDir(const char *pszDir)
 
 void xAddDrives(CLList *pList, char cFirst, char cLast)
 {
-    for (int c = cFirst; c <= cLast; ++c)
+    const int nLetters = cLast - cFirst + 1;
+    for (int n = 0; n < nLetters; ++n)
     {
-        const char szRoot[] = { (char)c, ':', '\\', 0 };
+        const char szRoot[] = { (char)(cFirst + n), ':', '\\', 0 };
         const UINT uType = GetDriveTypeA(szRoot);
         if (uType == DRIVE_NO_ROOT_DIR)
             continue;

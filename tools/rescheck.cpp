@@ -17,7 +17,7 @@ namespace
 {
 xlong KeepFault(const TKCBLFault *pFault, void *pUser)
 {
-    ((std::vector<TFault> *)pUser)->push_back({ *pFault, pFault->pszText });
+    ((std::vector<TFault> *)pUser)->push_back({ *pFault, pFault->pszText, pFault->lHarmless != 0 });
     return 1;
 }
 

@@ -10,7 +10,7 @@ enum
 };
 
 /// Sink of frame messages. Sinks are called by falling priority, the older one
-/// first among equals. A handler must not register or unregister frame sinks.
+/// first among equals. Handlers may register, unregister and die.
 class TARVIX_API CMsgSys
 {
 public:

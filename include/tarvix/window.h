@@ -118,6 +118,7 @@ public:
 
 private:
     friend class CControlBase;
+    static void LoseParent(CControlBase &control);
     void UpdateArea();
     xlong KeyMessage(xlong lP1, xlong lP2, xparam lP3, void *pData);
     void TabToNext(xlong lP1, xlong lP2, xparam lP3, void *pData);

@@ -140,8 +140,10 @@ CControlBase::~CControlBase()
 {
     CAlive::OnDeath(*this);
     LeaveTemplates(this);
-    if (m_pLinked)
-        m_pLinked->RemoveCntrl(this);
+    // It may stand there more than once.
+    if (CWindowBase *pWindow = m_pLinked)
+        while (pWindow->RemoveCntrl(this))
+            continue;
     LinkTo(nullptr);
     CControlBase::Destroy();
     FreeAnimLines(*this);
@@ -305,7 +307,8 @@ xlong CControlBase::SetParent(xlong lWindowID, CWindowBase *pWindow)
 {
     m_lWindowID = lWindowID;
     m_pWindow = pWindow;
-    LinkTo(pWindow);
+    if (pWindow)
+        LinkTo(pWindow);
     if (pWindow && (pWindow->m_lFlags & XWIN_HIGHLIGHTIFINACTIVE))
         m_bHighlightIfInactive = 1;
     return 1;
@@ -317,6 +320,14 @@ void CControlBase::LinkTo(CWindowBase *pWindow)
         return;
     if (m_pLinked)
     {
+        // A control knows one window alone: another one's list would keep it beyond its death.
+        if (pWindow)
+            while (m_pLinked->m_Cntrls.DeleteItem(this))
+                continue;
+        if (m_pLinked->m_pFocus == this)
+            m_pLinked->m_pFocus = nullptr;
+        if (m_pLinked->m_pMouseCntrl == this)
+            m_pLinked->m_pMouseCntrl = nullptr;
         (m_pPrevLinked ? m_pPrevLinked->m_pNextLinked : m_pLinked->m_pFirstLinked) = m_pNextLinked;
         if (m_pNextLinked)
             m_pNextLinked->m_pPrevLinked = m_pPrevLinked;

@@ -133,6 +133,9 @@ xlong CGroupbox::Create(xlong lID, char *pszText, xlong lX, xlong lY, xlong lWid
 
 xlong CGroupbox::Add(CRadiobutton *pRadio)
 {
+    if (CGroupbox *pOther = pRadio->m_pGroup != this ? pRadio->m_pGroup : nullptr)
+        while (pOther->Remove(pRadio))
+            continue;
     if (!m_Radios.InsertLast(pRadio))
         return xError(XERR_MEMORY);
     pRadio->SetParent(m_lWindowID, m_pWindow, this);

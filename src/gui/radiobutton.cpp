@@ -36,8 +36,10 @@ CRadiobutton::CRadiobutton()
 
 CRadiobutton::~CRadiobutton()
 {
-    if (m_pGroup)
-        m_pGroup->Remove(this);
+    CGroupbox *const pGroup = m_pGroup;
+    m_pGroup = nullptr; // the window's list may hold it too, and is left later
+    while (pGroup && pGroup->Remove(this))
+        continue;
     XDELETE(m_pCaption);
 }
 

@@ -29,12 +29,6 @@ void Restore(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
         glb->m_pScreen->AddClearAreaGui(lLeft, lTop, lRight, lBottom);
 }
 
-// A control that was taken out can outlive the window.
-void LoseParent(CControlBase &control)
-{
-    control.SetParent(control.m_lWindowID, nullptr);
-}
-
 void DrawPieces(CControlBase &control, xlong lX, xlong lY, xlong lPage)
 {
     if (!control.m_lClipCount)
@@ -228,6 +222,13 @@ xlong CWindowBase::AddCntrl(CControlBase *pCntrl)
         return xError(XERR_MEMORY);
     pCntrl->SetParent(m_lID, this);
     return 1;
+}
+
+// The control can outlive the window.
+void CWindowBase::LoseParent(CControlBase &control)
+{
+    control.SetParent(control.m_lWindowID, nullptr);
+    control.LinkTo(nullptr);
 }
 
 xlong CWindowBase::RemoveCntrl(CControlBase *pCntrl)

@@ -107,6 +107,31 @@ TEST_P(CListWalkTest, MeetsWhatStaysOnceThroughEveryChange)
 INSTANTIATE_TEST_SUITE_P(Directions, CListWalkTest, testing::Bool(),
                          [](const auto &info) { return info.param ? "Backward" : "Forward"; });
 
+TEST(CListWalk, WalksInsideEachOtherAllHearOfChanges)
+{
+    int anItems[4] = {};
+    CLList list;
+    for (int &nItem : anItems)
+        list.InsertLast(&nItem);
+    CListWalk outer(list);
+    outer.Next<int>();
+    {
+        CListWalk middle(list), inner(list);
+        inner.Next<int>();
+        middle.Next<int>();
+        list.DeleteItem(&anItems[0]);
+        list.DeleteItem(&anItems[1]);
+        EXPECT_EQ(&anItems[2], inner.Next<int>());
+        EXPECT_EQ(&anItems[2], middle.Next<int>());
+    }
+    EXPECT_EQ(&anItems[2], outer.Next<int>());
+    CListWalk inner(list);
+    inner.Next<int>();
+    list.KillAll();
+    EXPECT_EQ(nullptr, inner.Next<int>());
+    EXPECT_EQ(nullptr, outer.Next<int>());
+}
+
 TEST(CListWalk, OutlivesItsList)
 {
     int nItem = 0;

@@ -235,6 +235,42 @@ class CPlainMembersTest : public CGuiTest
 {
 };
 
+// Whatever it was added to, and how often, nothing holds it when it has died.
+TEST_F(CPlainMembersTest, LeaveAllThatTheyWereAddedTo)
+{
+    CWindow first, second;
+    CGroupbox group, other;
+    first.Create(1, nullptr, 10, 10, 100, 100, 0);
+    second.Create(2, nullptr, 120, 10, 100, 100, 0);
+    group.Create(3, nullptr, 0, 0, 50, 50, 0);
+    other.Create(4, nullptr, 0, 60, 50, 50, 0);
+    first.AddCntrl(&group);
+    second.AddCntrl(&other);
+    const struct
+    {
+        const char *pszName;
+        std::function<void(CRadiobutton &)> Add;
+    } cases[] = {
+        { "two windows", [&](auto &radio) { first.AddCntrl(&radio), second.AddCntrl(&radio); } },
+        { "one twice", [&](auto &radio) { first.AddCntrl(&radio), first.AddCntrl(&radio); } },
+        { "a group twice", [&](auto &radio) { group.Add(&radio), group.Add(&radio); } },
+        { "two groups", [&](auto &radio) { group.Add(&radio), other.Add(&radio); } },
+        { "a group and a window", [&](auto &radio) { group.Add(&radio), second.AddCntrl(&radio); } },
+        { "a window and a group", [&](auto &radio) { second.AddCntrl(&radio), group.Add(&radio); } },
+    };
+    for (const auto &c : cases)
+    {
+        {
+            CRadiobutton radio;
+            radio.Create(5, nullptr, 0, 0, 40, 20, 16, 0, 0);
+            c.Add(radio);
+        }
+        EXPECT_EQ(1, first.NumCntrls()) << c.pszName;
+        EXPECT_EQ(1, second.NumCntrls()) << c.pszName;
+        EXPECT_EQ(0, group.m_Radios.GetNumNodes() + other.m_Radios.GetNumNodes()) << c.pszName;
+    }
+}
+
 TEST_F(CPlainMembersTest, DieInAnyOrder)
 {
     for (const auto &maker : s_Makers)

@@ -11,7 +11,7 @@ exported() {
     case $library in
     *.dll)
         # The leading underscore of 32-bit names is gone in this table.
-        i686-w64-mingw32-objdump -p "$library" |
+        objdump -p "$library" |
             sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/^\t\[.*\] *\([^ ]*\)$/\1/p' | sed 's/^__Z/_Z/' | c++filt
         ;;
     *) nm -DCg --defined-only "$library" | sed -E 's/^[0-9a-f]+ . //' ;;

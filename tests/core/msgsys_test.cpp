@@ -112,6 +112,13 @@ TEST_F(CMsgSysTest, WindowSinksKeepTheOrderOfRegistration)
     sglb->m_pWinMsgList->First();
     EXPECT_EQ(12u, ((TWinMsgSink *)sglb->m_pWinMsgList->Get())->ulMsg);
     UnRegisterWinMsgAll(&a);
+    // Behind another's record the walk begins anew and none is.
+    RegisterWinMsg(&b, 10);
+    for (const xulong ulMsg : { 12, 13, 14 })
+        RegisterWinMsg(&a, ulMsg);
+    UnRegisterWinMsgAll(&a);
+    EXPECT_EQ(1, sglb->m_pWinMsgList->GetNumNodes());
+    UnRegisterWinMsgAll(&b);
     {
         CSink dying(9);
         for (const xulong ulMsg : { 20, 21, 22, 23 })

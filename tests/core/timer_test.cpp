@@ -38,7 +38,10 @@ public:
         if (m_pAdd)
             m_pAdd->AddTimer(50);
         if (m_nInnerFrames-- > 0)
+        {
             xUpdateObjTimers();
+            m_lEntries = glb->m_pActiveTimers->GetNumNodes();
+        }
     }
 
     int m_nNumber;
@@ -46,6 +49,7 @@ public:
     CTimer *m_pDelete = nullptr;
     CTimer *m_pAdd = nullptr;
     int m_nInnerFrames = 0;
+    xlong m_lEntries = 0; ///< behind an inner frame
 };
 
 class CTimerTest : public testing::Test
@@ -154,6 +158,21 @@ TEST_F(CTimerTest, HandlersMayRunFramesAndRemoveThemselves)
     self.m_nInnerFrames = 1;
     Update(100000);
     EXPECT_EQ(2, glb->m_pActiveTimers->GetNumNodes());
+}
+
+// What an outer handler removed stays too, through a frame in a frame.
+TEST_F(CTimerTest, FramesInFramesKeepTheEntriesOfAllHandlers)
+{
+    CTickTimer outer(1), inner(2);
+    outer.AddTimer(100000);
+    inner.AddTimer(100000);
+    xUpdateObjTimers();
+    outer.m_pRemove = &outer;
+    outer.m_nInnerFrames = inner.m_nInnerFrames = 1;
+    EXPECT_EQ(2u, Update(100500));
+    EXPECT_EQ(2, inner.m_lEntries) << "two handlers run";
+    EXPECT_EQ(2, outer.m_lEntries) << "one is back";
+    EXPECT_EQ(1, glb->m_pActiveTimers->GetNumNodes());
 }
 
 TEST_F(CTimerTest, RemovingReachesBothLists)

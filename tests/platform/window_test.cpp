@@ -9,6 +9,8 @@ protected:
     {
         if (ulMsg == WM_WINDOWPOSCHANGED)
             m_ulPosFlags = ((const WINDOWPOS *)lParam)->flags & (SWP_NOMOVE | SWP_NOSIZE);
+        if (ulMsg == WM_DESTROY)
+            EXPECT_FALSE(DestroyWindow(hWnd)) << "it goes already";
         return DefWindowProcA(hWnd, ulMsg, wParam, lParam);
     }
 
@@ -215,6 +217,19 @@ TEST_F(PlatformWindow, ActivityFollowsTheUser)
     EXPECT_EQ("QUERYNEWPALETTE ACTIVATEAPP1 ACTIVATE SETFOCUS SETCURSOR MOUSEMOVE SETCURSOR LBUTTONDOWN SETCURSOR "
               "LBUTTONUP",
               TakeLog());
+}
+
+TEST_F(PlatformWindow, OrdinaryWindowsStayBelowTheTopmost)
+{
+    const HWND hTop = OpenShown(WS_POPUP, 0, 0, 10, 10), hOld = OpenShown(WS_POPUP, 0, 0, 10, 10);
+    SetWindowPos(hTop, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    const HWND hNew = OpenShown(WS_POPUP, 0, 0, 10, 10);
+    SetWindowPos(hOld, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    EXPECT_EQ(hTop, FindWindowA("FaceTest", nullptr));
+    SetWindowPos(hTop, HWND_BOTTOM, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    EXPECT_EQ(hOld, FindWindowA("FaceTest", nullptr)) << "the bottom one is topmost no longer";
+    DestroyWindow(hOld);
+    EXPECT_EQ(hNew, FindWindowA("FaceTest", nullptr));
 }
 
 TEST_F(PlatformWindow, ClassesAreKeptByNameInstanceAndAtom)

@@ -42,4 +42,17 @@ TEST_F(CGrammarTest, TheLibraryTakesWhatTheGrammarTellsAndNothingElse)
     }
     EXPECT_LT(500u, names.size());
 }
+
+TEST_F(CGrammarTest, SizesEndAtTheLargestPicture)
+{
+    const struct
+    {
+        xlong lRules, lWidth, lHeight, lFrames, lWanted;
+    } cases[] = { { 0, 8192, 8192, 1, 1 },  { 0, 8193, 8192, 1, 0 },    { 0, 1024, 1024, 64, 1 },
+                  { 0, 1024, 1024, 65, 0 }, { 0, 1, 1, 65536, 1 },      { 0, 1, 1, 65537, 0 },
+                  { 0, 1, 1, 0, 0 },        { 0, 65536, 65536, 1, 0 },  { 0, -1, 5, 1, 0 },
+                  { 0, 0, 5, 1, 0 },        { XRES_AREA, -1, 5, 1, 1 }, { XRES_AREA, 5, -2, 1, 0 } };
+    for (const auto &c : cases)
+        EXPECT_EQ(c.lWanted, xIsResSize(c.lRules, c.lWidth, c.lHeight, c.lFrames)) << c.lWidth << "x" << c.lHeight;
+}
 } // namespace

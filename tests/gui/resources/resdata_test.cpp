@@ -77,7 +77,9 @@ const char s_szWhole[] = R"(; script of a test
     Create = Title, 1, 2, 3, 4, XWIN_TITLEBAR
 }
 { = Data
-    Flags = "XWIN_TITLEBAR|XWIN_CLOSE", "xwin_titlebar   XWIN_CLOSE", 0, "0x10|junk", "XWIN_SIZE|junk", XWIN_SIZ, ""
+    Flags = "XWIN_TITLEBAR|XWIN_CLOSE", "xwin_titlebar )"
+                         "\t"
+                         R"( XWIN_CLOSE", 0, "0x10|junk", "XWIN_SIZE|junk", XWIN_SIZ, ""
     Keys = XKEY_F1, null, "XKEY_A|XKEY_SHIFT", XKEY_NOTHING
     Colors = "1 2 3 4", white, ramp, "1 2 3", nothing, " ,, ", "250,,251 252, 253 rest"
     Anim = spin, Turn
@@ -551,8 +553,9 @@ TEST_F(CResDataTest, LoadsAgainAndWithoutSomeSections)
 TEST_F(CResDataTest, DefaultsAreSetAndGoWithTheirOwner)
 {
     CWinCtrl &manager = *glb->m_pWinCtrl;
-    const TCntrlColor *const pOwnFrame = manager.m_pDefFrameColors[2], *const pOwnTitle =
-                                                                           manager.m_pDefTitlebarColors[1];
+    const TCntrlColor *const pOwnFrame = manager.m_pDefFrameColors[2];
+    const std::vector<TCntrlColor *> ownTitle(manager.m_pDefTitlebarColors, manager.m_pDefTitlebarColors + 4);
+    ASSERT_NE(ownTitle[2], ownTitle[3]);
     CBitmap mine;
     CResData res, other;
     ASSERT_EQ(1, other.Import("{ = Bitmaps\nB = pic.bmp, 0, 0, 1, 1\n}\n{ = Defaults\nCheck = B\n}\n"));
@@ -584,7 +587,7 @@ TEST_F(CResDataTest, DefaultsAreSetAndGoWithTheirOwner)
         for (size_t ul = 0; ul < c.wanted.size(); ++ul)
             EXPECT_EQ(c.ppBitmaps + ul == manager.m_pDefDrop + 1 ? &mine : nullptr, c.ppBitmaps[ul]);
     EXPECT_EQ(pOwnFrame, manager.m_pDefFrameColors[2]);
-    EXPECT_EQ(pOwnTitle, manager.m_pDefTitlebarColors[1]);
+    EXPECT_EQ(ownTitle, std::vector<TCntrlColor *>(manager.m_pDefTitlebarColors, manager.m_pDefTitlebarColors + 4));
 
     ASSERT_EQ(1, res.Import("{ = Colors\nC = red, red, red, red, red, red, red, red\n}\n"
                             "{ = Defaults\nButton = C, C, C, C\n}\n"));

@@ -81,14 +81,14 @@ TEST_F(CResPictureTest, OneFileIsReadOnceForBitmapsInARow)
     ASSERT_EQ(1, glb->m_pPicTypeList->Register(&type));
     CResData res;
     ASSERT_EQ(1, res.Import("{ = Bitmaps\nA = a.count, 0, 0, 2, 2\nB = a.count, 1, 1, 2, 2\nC = a.count, 0, 0, -1, -1\n"
-                            "D = a.count, 2, 2, 1, 1\nE = b.count, 0, 0, 2, 2\nF = a.count, 0, 0, 2, 2\n"
+                            "D = a.count, 2, 2, 1, 1\nE = a.count.count, 0, 0, 2, 2\nF = a.count, 0, 0, 2, 2\n"
                             "{ = c.count\nG = 0, 0, 2, 2\nH = 1, 1, 2, 2\n}\n}\n"));
     EXPECT_EQ("", LastError());
     EXPECT_EQ(8, res.m_listBitmaps.GetNumNodes());
-    EXPECT_EQ("a.count a.count b.count a.count c.count ", type.m_strLoads) << "C reads its own";
+    EXPECT_EQ("a.count a.count a.count.count a.count c.count ", type.m_strLoads) << "C reads its own";
     // Not beyond the section.
     ASSERT_EQ(1, res.Import("{ = Bitmaps\nA = c.count, 0, 0, 2, 2\n}\n"));
-    EXPECT_EQ("a.count a.count b.count a.count c.count c.count ", type.m_strLoads);
+    EXPECT_EQ("a.count a.count a.count.count a.count c.count c.count ", type.m_strLoads);
     glb->m_pPicTypeList->Unregister(&type);
 }
 

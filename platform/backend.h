@@ -52,6 +52,8 @@ public:
     virtual void SetPointerShape(HCURSOR hCursor) = 0;
     virtual void GetPointer(POINT *pPoint) = 0;
     virtual void SetPointer(int nX, int nY) = 0;
+    /// The window that was pressed hears of the pointer beyond its edges too.
+    virtual void CapturePointer(bool bOn) = 0;
 
     virtual bool HasClipboardText() = 0;
     /// @return UTF-8, to be freed; null when there is none

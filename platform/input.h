@@ -23,6 +23,8 @@ struct TKeyEvent
 /// Positions are in pixels of the client area.
 void InputPointer(HWND hWnd, int nX, int nY);
 void InputButton(HWND hWnd, EMouseButton eButton, bool bDown, int nX, int nY);
+/// The pointer is over the window no more.
+void InputLeave(HWND hWnd);
 void InputKey(HWND hWnd, const TKeyEvent *pKey);
 
 /// A character that no key typed, as input methods give it.

@@ -43,6 +43,7 @@ public:
     void SetPointerShape(HCURSOR hCursor) override;
     void GetPointer(POINT *pPoint) override;
     void SetPointer(int nX, int nY) override;
+    void CapturePointer(bool bOn) override { SDL_CaptureMouse(bOn ? SDL_TRUE : SDL_FALSE); }
     bool HasClipboardText() override { return SDL_HasClipboardText(); }
     char *GetClipboardText() override;
     bool SetClipboardText(const char *pszUtf8) override { return SDL_SetClipboardText(pszUtf8) == 0; }
@@ -442,6 +443,9 @@ void CSdlBackend::HandleWindowEvent(const SDL_WindowEvent &event)
             InputLocks(eMod & KMOD_CAPS, eMod & KMOD_NUM, eMod & KMOD_SCROLL);
         }
         InputFocus(hWnd, ulFlags & SDL_WINDOW_INPUT_FOCUS);
+        break;
+    case SDL_WINDOWEVENT_LEAVE:
+        InputLeave(hWnd);
         break;
     case SDL_WINDOWEVENT_CLOSE:
         InputClose(hWnd);

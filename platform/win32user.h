@@ -72,6 +72,14 @@ struct PAINTSTRUCT
     BYTE rgbReserved[32];
 };
 
+struct TRACKMOUSEEVENT
+{
+    DWORD cbSize;
+    DWORD dwFlags; // TME_
+    HWND hwndTrack;
+    DWORD dwHoverTime;
+};
+
 typedef MSG *LPMSG;
 typedef PAINTSTRUCT *LPPAINTSTRUCT;
 
@@ -215,6 +223,7 @@ enum : UINT
     WM_MBUTTONUP = 0x0208,
     WM_MBUTTONDBLCLK = 0x0209,
     WM_MOUSELAST = 0x020E,
+    WM_MOUSELEAVE = 0x02A3,
     WM_QUERYNEWPALETTE = 0x030F,
     WM_PALETTEISCHANGING = 0x0310,
     WM_PALETTECHANGED = 0x0311,
@@ -258,6 +267,12 @@ enum
     MK_SHIFT = 0x0004,
     MK_CONTROL = 0x0008,
     MK_MBUTTON = 0x0010,
+};
+
+enum : DWORD
+{
+    TME_LEAVE = 0x00000002,
+    TME_CANCEL = 0x80000000,
 };
 
 enum
@@ -448,6 +463,12 @@ TARVIX_INTERNAL HCURSOR SetCursor(HCURSOR hCursor);
 TARVIX_INTERNAL int ShowCursor(BOOL bShow);
 TARVIX_INTERNAL BOOL GetCursorPos(POINT *pPoint);
 TARVIX_INTERNAL BOOL SetCursorPos(int nX, int nY);
+/// @return the window that had it before, or null
+TARVIX_INTERNAL HWND SetCapture(HWND hWnd);
+TARVIX_INTERNAL BOOL ReleaseCapture();
+TARVIX_INTERNAL HWND GetCapture();
+/// TME_LEAVE alone, with TME_CANCEL.
+TARVIX_INTERNAL BOOL TrackMouseEvent(TRACKMOUSEEVENT *pTrack);
 
 // The keyboard. States are those of the messages that were taken so far.
 /// Hooks are WH_KEYBOARD alone, of the calling thread.

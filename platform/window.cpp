@@ -373,6 +373,7 @@ BOOL DestroyWindow(HWND hWnd)
     SendMessageA(hWnd, WM_DESTROY, 0, 0);
     SendMessageA(hWnd, WM_NCDESTROY, 0, 0);
     ForgetActive(hWnd);
+    ForgetPointer(hWnd);
     ForgetMessages(hWnd);
     Backend()->CloseWindow(hWnd);
     FreeWindow(hWnd);

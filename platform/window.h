@@ -96,6 +96,8 @@ void Activate(HWND hWnd, int nHow);
 void Deactivate(bool bMinimized);
 /// The window goes away: forget it.
 void ForgetActive(HWND hWnd);
+/// The window neither holds the pointer nor waits for it; null for all.
+void ForgetPointer(HWND hWnd);
 
 // queue.cpp
 /// @param pKey  of a key message

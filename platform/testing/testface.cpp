@@ -37,6 +37,7 @@ struct TAction
     enum EKind
     {
         POINTER,
+        LEAVE,
         BUTTON,
         KEY,
         CLOSE,
@@ -74,6 +75,7 @@ public:
     void SetPointerShape(HCURSOR hCursor) override { m_hCursor = hCursor; }
     void GetPointer(POINT *pPoint) override { *pPoint = m_ptPointer; }
     void SetPointer(int nX, int nY) override;
+    void CapturePointer(bool bOn) override {}
     bool HasClipboardText() override { return s_Clipboard.Length() != 0; }
     char *GetClipboardText() override { return m_bFailClipboard ? nullptr : strdup(s_Clipboard.Text()); }
     bool SetClipboardText(const char *pszUtf8) override { return !m_bFailClipboard && s_Clipboard.Set(pszUtf8); }
@@ -87,6 +89,7 @@ public:
 
     TFaceDesktop m_Desktop = {};
     bool m_bFail = false;
+    HWND m_hUnder = nullptr; ///< what the pointer moved over last
     POINT m_ptPointer = {};
     HCURSOR m_hCursor = nullptr;
     TAction *m_pActions = nullptr;
@@ -202,6 +205,8 @@ void CFace::Add(const TAction &action)
 
 void CFace::Forget(HWND hWnd)
 {
+    if (m_hUnder == hWnd)
+        m_hUnder = nullptr;
     size_t ulKept = 0;
     for (size_t i = 0; i < m_ulActions; ++i)
         if (m_pActions[i].hWnd != hWnd)
@@ -215,6 +220,9 @@ void CFace::Deliver(const TAction &action)
     {
     case TAction::POINTER:
         InputPointer(action.hWnd, action.pt.x, action.pt.y);
+        break;
+    case TAction::LEAVE:
+        InputLeave(action.hWnd);
         break;
     case TAction::BUTTON:
         if (action.bOn)
@@ -257,6 +265,8 @@ void CFace::Pump()
 
 HWND WindowAt(POINT pt)
 {
+    if (GetCapture())
+        return GetCapture();
     for (HWND hWnd = FirstWindow(); hWnd; hWnd = hWnd->pNext)
     {
         const RECT &rc = hWnd->rcClient;
@@ -287,6 +297,14 @@ void CFace::MovePointer(int nX, int nY)
     TAction action = {};
     action.eKind = TAction::POINTER;
     action.hWnd = WindowAt(m_ptPointer);
+    if (m_hUnder && m_hUnder != action.hWnd)
+    {
+        TAction leave = {};
+        leave.eKind = TAction::LEAVE;
+        leave.hWnd = m_hUnder;
+        Add(leave);
+    }
+    m_hUnder = action.hWnd;
     if (!action.hWnd)
         return;
     action.pt = m_ptPointer;

@@ -359,17 +359,30 @@ void MakeRescheckSeeds(const std::filesystem::path &folder)
     MakeDialogSeeds(folder / "windows");
 }
 
+// Lives of hosts, of which most are dull.
+void MakeChaosSeeds(const std::filesystem::path &folder)
+{
+    for (unsigned uSeed = 1; uSeed <= 20; ++uSeed)
+    {
+        std::mt19937 random(uSeed);
+        std::string strBytes;
+        for (unsigned u = 0; u < 100 * uSeed; ++u)
+            strBytes += (char)(random() >> 8);
+        Write(folder / std::to_string(uSeed), strBytes);
+    }
+}
+
 const struct
 {
     const char *pszName;
     void (*pfnMake)(const std::filesystem::path &folder);
 } s_Makers[] = {
-    { "archive", MakeArchiveSeeds },   { "base64", MakeBase64Seeds },   { "bmp", MakeBmpSeeds },
-    { "dialog", MakeDialogSeeds },     { "debug", MakeDebugSeeds },     { "jpeg", MakeJpegSeeds },
-    { "kcbl", MakeKcblSeeds },         { "lzss", MakeLzssSeeds },       { "pal", MakePalSeeds },
-    { "pres", MakePresSeeds },         { "resdata", MakeResdataSeeds }, { "replay", MakeReplaySeeds },
-    { "rescheck", MakeRescheckSeeds }, { "rle", MakeRleSeeds },         { "uu", MakeUuSeeds },
-    { "xbf", MakeXbfSeeds },           { "xiff", MakeXiffSeeds },
+    { "chaos", MakeChaosSeeds },   { "archive", MakeArchiveSeeds },   { "base64", MakeBase64Seeds },
+    { "bmp", MakeBmpSeeds },       { "dialog", MakeDialogSeeds },     { "debug", MakeDebugSeeds },
+    { "jpeg", MakeJpegSeeds },     { "kcbl", MakeKcblSeeds },         { "lzss", MakeLzssSeeds },
+    { "pal", MakePalSeeds },       { "pres", MakePresSeeds },         { "resdata", MakeResdataSeeds },
+    { "replay", MakeReplaySeeds }, { "rescheck", MakeRescheckSeeds }, { "rle", MakeRleSeeds },
+    { "uu", MakeUuSeeds },         { "xbf", MakeXbfSeeds },           { "xiff", MakeXiffSeeds },
 };
 } // namespace
 

@@ -153,6 +153,14 @@ check_kcbl() {
     grep -o '^bad.txt:[0-9:]*' out | tr -d '\r' | tr '\n' ' ' >places
     [ "$(cat places)" = "bad.txt:3:7: bad.txt:4:9: bad.txt:6:1: bad.txt:7:5: bad.txt:8:1: " ] || fail "kcbl check: $(cat places)"
     grep -q '^      b = "cut' out || fail "kcbl check does not show the line"
+    # Places behind what is easily miscounted: ends of lines, an escaped quote, commas in an array, a comment
+    # behind a comma.
+    printf '; script\r\n{ = Colors\r\nD = "a\\", 2", mauve\r\nE = { 1, 2 }, mauve\r\n' >places.rc
+    printf 'F = "1 2 3 4", ; one\r\n    mauve\r\n}\r\n' >>places.rc
+    expect 1 kcbl check places.rc
+    grep '^places.rc:' out | tr -d '\r' | cut -d: -f 2- | tr '\n' ';' >places
+    [ "$(cat places)" = '3:5: unknown colour "a", 2";3:15: unknown colour "mauve";4:5: unknown colour "{...}";4:15: unknown colour "mauve";6:5: unknown colour "mauve";' ] ||
+        fail "kcbl check: $(cat places)"
     grep -q "4 faults in 1 of 2 files" err || fail "kcbl check: $(cat err)"
     expect 1 kcbl check missing.txt
     expect 2 kcbl fmt --widht 3 good.txt

@@ -23,6 +23,8 @@ xlong KeepFault(const TKCBLFault *pFault, void *pUser)
 
 std::string Quoted(const std::string &str)
 {
+    if (!str.empty() && (unsigned char)str[0] == KCBL_ARRAY_START)
+        return "\"{...}\"";
     return "\"" + str.substr(0, 60) + (str.size() > 60 ? "...\"" : "\"");
 }
 

@@ -1,40 +1,15 @@
 // Any bytes as a resource text: its dialogs are built, drawn and clicked.
 #include "fuzz/gui/resources.h"
-
-#include "platform/testing/testface.h"
+#include "fuzz/gui/screen.h"
 #include "tarvix/dialog.h"
-#include "tarvix/dibscreen.h"
 #include "tarvix/keyboard.h"
 #include "tarvix/mouse.h"
-#include "tarvix/winctrl.h"
-
-#include <sanitizer/lsan_interface.h>
 
 #include <memory>
 #include <vector>
 
 namespace
 {
-void StartScreen()
-{
-    if (glb->m_pScreen)
-        return;
-    // A link that is clicked finds no browser.
-    setenv("PATH", "/none", 1);
-    // What is made here stays, held by the library's own heap, which is not searched for pointers.
-    const __lsan::ScopedDisabler keep;
-    const TFaceDesktop desktop = { 800, 600, 32 };
-    if (!FaceStart(&desktop) || !xInit(0, nullptr))
-        abort();
-    CDibScreen *const pScreen = sglb->m_pDibScreen;
-    if (!pScreen->AddWindowVideoMode(120, 90, 24, -1) || !pScreen->InitModeRez(120, 90, 24, XMODE_WINDOW) ||
-        !pScreen->SetScreenWindowProperties(3, -1, -1) || !pScreen->SetPersistentMode(1))
-        abort();
-    glb->m_pScreen = pScreen;
-    if (!glb->m_pWinCtrl->Create())
-        abort();
-}
-
 void Frame(xlong lX, xlong lY, xulong ulButtons)
 {
     glb->m_pMouse->m_lX = lX;

@@ -198,8 +198,11 @@ private:
     {
         if (glb->m_pMouse)
             glb->m_pMouse->Init();
-        if (!m_bGui)
-            m_bGui = glb->m_pWinCtrl && glb->m_pWinCtrl->Create();
+        if (!m_bGui && glb->m_pWinCtrl && glb->m_pWinCtrl->Create())
+        {
+            m_bGui = true;
+            glb->m_pWinCtrl->SetOptions(XGUIOPT_ALL);
+        }
         return m_bGui;
     }
 

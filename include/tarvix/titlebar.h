@@ -37,6 +37,8 @@ public:
     xlong m_lCloseSize;  ///< pixels
 
 private:
+    friend class CWindowBase;
+    void LosePress();
     void PlaceParts();
     xlong MouseMessage(xlong lX, xlong lY, xparam lP3);
     bool EndDrag();

@@ -23,6 +23,23 @@ struct TWinEntry
     void *pUser;
 };
 
+/// What people expect today beyond the plain behaviour, for SetOptions.
+enum
+{
+    /// A pointer that leaves the screen ends highlights, and a press that is
+    /// released there ends without a click; the first move counts.
+    XGUIOPT_POINTER = 1,
+    /// A key that the focused control has no use for, which it tells by the
+    /// answer 0, goes on to the hot keys of the others.
+    XGUIOPT_KEYS = 2,
+    /// A button with the focus shows it and is pressed by Space; Tab passes over
+    /// hidden and disabled controls.
+    XGUIOPT_FOCUS = 4,
+    /// Hot keys that are letters answer to both cases.
+    XGUIOPT_CASE = 8,
+    XGUIOPT_ALL = 15
+};
+
 /// The window manager: keeps the order of the windows, gives them mouse and
 /// keyboard once a frame, draws them, delivers messages, and holds the default
 /// look of controls. Results are 1 where nothing else is said.
@@ -82,6 +99,9 @@ public:
     xlong SetDefaultArrowDown(CBitmap *pReleased, CBitmap *pPressed, CBitmap *pHighlight, CBitmap *pDisabled);
     /// The cursors that controls show, ids of CMouseBase; 0 leaves the choice to the mouse.
     xlong SetCursors(xulong ulDefault, xulong ulText, xulong ulHand);
+    /// @param lOptions  XGUIOPT_...; none is set at first, CTarvixHost sets all
+    void SetOptions(xlong lOptions);
+    xlong GetOptions() const;
     /// Fills the record with eight colours in its order.
     xlong SetupColors(TCntrlColor *pColor, TRGBA *pColor1, TRGBA *pColor2, TRGBA *pColor3, TRGBA *pColor4,
                       TRGBA *pColor5, TRGBA *pColor6, TRGBA *pColor7, TRGBA *pColor8);
@@ -116,10 +136,18 @@ private:
     void GfxHandler();
     xlong GuiMsgHandler();
     void MouseStep();
+    void PointAt(xlong lX, xlong lY, signed char cButtons);
     xlong KeyStep();
     bool OfferMouse(xlong lX, xlong lY, signed char cButtons);
     xlong ToFront(xlong lID);
     xlong RemoveCurrent();
     void Activate(xlong lActiveID);
     void DeactivateAll();
+    friend class CWindowBase;
+    void OnHidden(CWindowBase &window);
+    void OnShown(CWindowBase &window);
+
+    xlong m_lOptions;
+    xlong m_lLastX, m_lLastY; ///< what the windows were told last
+    signed char m_cLastButtons;
 };

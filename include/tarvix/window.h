@@ -121,6 +121,7 @@ private:
     static void LoseParent(CControlBase &control);
     void UpdateArea();
     xlong KeyMessage(xlong lP1, xlong lP2, xparam lP3, void *pData);
+    void ShowFocus(CControlBase *pNew);
     void TabToNext(xlong lP1, xlong lP2, xparam lP3, void *pData);
     xlong MouseMessage(xlong lX, xlong lY, xparam lP3, void *pData);
     xlong DragTo(xlong lX, xlong lY);

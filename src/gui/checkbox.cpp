@@ -72,6 +72,8 @@ xlong CCheckbox::SetParent(xlong lWindowID, CWindowBase *pWindow)
 
 xlong CCheckbox::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, void *pData)
 {
+    if (m_lState == XGUI_HIDDEN)
+        return 0;
     const CAlive alive(*this);
     CControlBase::GuiMsgHandler(lMsg, lP1, lP2, lP3, pData);
     if (!alive)

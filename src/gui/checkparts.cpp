@@ -73,6 +73,7 @@ void DrawCheck(const TCheckParts &parts, xlong lX, xlong lY, xlong lPage)
     if (!parts.pCaption)
     {
         DrawButton(control, PlaceOf(control, lX, lY), nLook, PANEL_BORDER);
+        DrawFocus(control, PlaceOf(control, lX, lY).Inset(control.m_Look.m_lBevel + 1));
         return;
     }
     const TPlace box = CheckBoxPlace(parts, lX, lY);
@@ -89,6 +90,7 @@ void DrawCheck(const TCheckParts &parts, xlong lX, xlong lY, xlong lPage)
         glb->m_pScreen->DrawBitmapScreenGui(parts.pCheck, 0, 0, mark.lX, mark.lY, -1, -1, 1, 0);
     }
     parts.pCaption->Draw(lX, lY, lPage);
+    DrawFocus(control, box.Inset(control.m_lFlags & CNTRL_EXTRUDED ? control.m_Look.m_lBevel : 0));
 }
 
 TPlace CheckBoxPlace(const TCheckParts &parts, xlong lX, xlong lY)

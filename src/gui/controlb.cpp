@@ -37,7 +37,7 @@ struct TScreenArea
 void RestoreBackground(const CControlBase &control)
 {
     const TScreenArea area(control);
-    if (glb->m_pScreen)
+    if (IsSeen(control))
         glb->m_pScreen->AddClearAreaGui(area.lLeft, area.lTop, area.lRight, area.lBottom);
 }
 
@@ -79,6 +79,73 @@ bool NeedsBackground(const CControlBase &control)
         return false;
     const CFrame *const pFrame = window.m_lFlags & XWIN_FRAME ? window.Frame() : nullptr;
     return !pFrame || (pFrame->m_lFlags & (CNTRL_TRANSPARENT | CNTRL_HASBITMAP)) == CNTRL_TRANSPARENT;
+}
+
+bool IsWithin(const CRect &rc, const CRect &rcOuter)
+{
+    return rc.m_lLeft >= rcOuter.m_lLeft && rc.m_lTop >= rcOuter.m_lTop && rc.m_lRight <= rcOuter.m_lRight &&
+           rc.m_lBottom <= rcOuter.m_lBottom;
+}
+
+// The area of both, if that is a rectangle with nothing else in it.
+bool IsWholeTogether(const CRect &rc1, const CRect &rc2)
+{
+    const bool bColumn = rc1.m_lLeft == rc2.m_lLeft && rc1.m_lRight == rc2.m_lRight;
+    const bool bRow = rc1.m_lTop == rc2.m_lTop && rc1.m_lBottom == rc2.m_lBottom;
+    return bColumn || bRow || IsWithin(rc1, rc2) || IsWithin(rc2, rc1);
+}
+
+// Appends a piece to those that are to be redrawn. What is blended must not be
+// blended twice, nor where nothing was put back: pieces of such a control grow
+// together when that adds no pixel, and lie apart otherwise.
+// @param lFrom  the pieces before it are known to lie apart
+void AddPiece(CControlBase &control, CRect rcPiece, xlong lFrom)
+{
+    CRect *const pClips = control.m_rClip;
+    xlong &lCount = control.m_lClipCount;
+    for (xlong l = lFrom; (control.m_lFlags & CNTRL_ALPHA) && l < lCount;)
+    {
+        CRect rcClip = pClips[l], rcCommon;
+        if (!rcCommon.Intersect(&rcClip, &rcPiece))
+        {
+            ++l;
+            continue;
+        }
+        if (IsWholeTogether(rcClip, rcPiece))
+        {
+            rcPiece.Union(&rcClip, &rcPiece);
+            pClips[l] = pClips[--lCount];
+            l = lFrom;
+            continue;
+        }
+        CRect rcRest;
+        if (rcPiece.m_lTop < rcCommon.m_lTop)
+        {
+            rcRest.Set(rcPiece.m_lLeft, rcPiece.m_lTop, rcPiece.m_lRight, rcCommon.m_lTop - 1);
+            AddPiece(control, rcRest, l + 1);
+        }
+        if (rcPiece.m_lBottom > rcCommon.m_lBottom)
+        {
+            rcRest.Set(rcPiece.m_lLeft, rcCommon.m_lBottom + 1, rcPiece.m_lRight, rcPiece.m_lBottom);
+            AddPiece(control, rcRest, l + 1);
+        }
+        if (rcPiece.m_lLeft < rcCommon.m_lLeft)
+        {
+            rcRest.Set(rcPiece.m_lLeft, rcCommon.m_lTop, rcCommon.m_lLeft - 1, rcCommon.m_lBottom);
+            AddPiece(control, rcRest, l + 1);
+        }
+        if (rcPiece.m_lRight > rcCommon.m_lRight)
+        {
+            rcRest.Set(rcCommon.m_lRight + 1, rcCommon.m_lTop, rcPiece.m_lRight, rcCommon.m_lBottom);
+            AddPiece(control, rcRest, l + 1);
+        }
+        return;
+    }
+    if (lCount < CControlBase::MAX_CLIPS)
+        ::new ((void *)&pClips[lCount++]) CRect(rcPiece);
+    else
+        // No room: the last piece grows, so that nothing stays undrawn.
+        pClips[lCount - 1].Union(&pClips[lCount - 1], &rcPiece);
 }
 
 // Tiles that the clip leaves out altogether are passed over.
@@ -390,11 +457,10 @@ xlong CControlBase::Invalidate()
 
 xlong CControlBase::Validate()
 {
-    CScreenBase *const pScreen = glb->m_pScreen;
-    if (pScreen)
+    if (IsSeen(*this))
     {
         const TScreenArea area(*this, BorderOf(GetFlags()));
-        pScreen->AddShadowArea(area.lLeft, area.lTop, area.lRight, area.lBottom);
+        glb->m_pScreen->AddShadowArea(area.lLeft, area.lTop, area.lRight, area.lBottom);
         if (NeedsBackground(*this))
             RestoreBackground(*this);
     }
@@ -412,21 +478,7 @@ xlong CControlBase::Validate(CRect *pArea, xlong lIndex)
     rcPiece.m_lBottom = std::min(area.lBottom, std::max(pArea->m_lTop, pArea->m_lBottom));
     if (rcPiece.m_lLeft > rcPiece.m_lRight || rcPiece.m_lTop > rcPiece.m_lBottom)
         return 0;
-    if (m_lFlags & CNTRL_ALPHA)
-        for (xlong l = 0; l < m_lClipCount; ++l)
-        {
-            CRect rcCommon;
-            if (rcCommon.Intersect(&m_rClip[l], &rcPiece))
-            {
-                m_rClip[l].Union(&m_rClip[l], &rcPiece);
-                return 1;
-            }
-        }
-    if (m_lClipCount < MAX_CLIPS)
-        ::new ((void *)&m_rClip[m_lClipCount++]) CRect(rcPiece);
-    else
-        // No room: the last piece grows, so that nothing stays undrawn.
-        m_rClip[MAX_CLIPS - 1].Union(&m_rClip[MAX_CLIPS - 1], &rcPiece);
+    AddPiece(*this, rcPiece, 0);
     return 1;
 }
 

@@ -1,8 +1,10 @@
 #include "gui/look.h"
 
+#include "gui/press.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/font.h"
 #include "tarvix/globals.h"
+#include "tarvix/window.h"
 
 #include <algorithm>
 
@@ -20,6 +22,11 @@ int LookOf(xlong lState)
         return XLOOK_DISABLED;
     }
     return -1;
+}
+
+bool IsSeen(const CControlBase &control)
+{
+    return glb->m_pScreen && !(control.m_pWindow && (control.m_pWindow->m_lFlags & XWIN_HIDDEN));
 }
 
 bool CanDraw(const CControlBase &control, xlong lPage)
@@ -155,12 +162,38 @@ void DrawButton(CControlBase &control, const TPlace &place, int nLook, int nOpti
     DrawControlText(control, text, TextStyle(control.m_lFlags));
 }
 
+void DrawFocus(const CControlBase &control, const TPlace &place)
+{
+    if (place.lWidth < 3 || place.lHeight < 3 || !IsFocusShown(control))
+        return;
+    // Every other pixel, counted on the screen: a mark drawn in pieces stays one.
+    const xlong lRight = place.lX + place.lWidth - 1, lBottom = place.lY + place.lHeight - 1;
+    const TRGBA &Color = control.m_Look.m_TextColor;
+    const auto Dot = [&Color](xlong lX, xlong lY)
+    {
+        if (((lX + lY) & 1) == 0)
+            glb->m_pScreen->DrawLine(lX, lY, lX, lY, Color);
+    };
+    for (xlong lX = place.lX; lX <= lRight; ++lX)
+    {
+        Dot(lX, place.lY);
+        Dot(lX, lBottom);
+    }
+    for (xlong lY = place.lY + 1; lY < lBottom; ++lY)
+    {
+        Dot(place.lX, lY);
+        Dot(lRight, lY);
+    }
+}
+
 xlong DrawButtonControl(CControlBase &control, xlong lX, xlong lY, xlong lPage, int nOptions)
 {
     if (!CanDraw(control, lPage))
         return 0;
     if (control.m_lState == XGUI_HIDDEN)
         return 1;
-    DrawButton(control, PlaceOf(control, lX, lY), LookOf(control.m_lState), nOptions);
+    const TPlace place = PlaceOf(control, lX, lY);
+    DrawButton(control, place, LookOf(control.m_lState), nOptions);
+    DrawFocus(control, place.Inset(control.m_lFlags & CNTRL_EXTRUDED ? control.m_Look.m_lBevel + 1 : 1));
     return control.CControlBase::Draw(lX, lY, lPage);
 }

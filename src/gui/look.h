@@ -40,6 +40,10 @@ inline bool IsSeeThrough(const CControlBase &control)
     return (control.m_lFlags & (CNTRL_ALPHA | CNTRL_TRANSPARENT)) != 0;
 }
 
+/// False in a hidden window: what changes there is seen when it is shown, and
+/// then as a whole.
+bool IsSeen(const CControlBase &control);
+
 /// False when a class's Draw has nothing to do: without a screen, and for a
 /// page that is marked as done.
 bool CanDraw(const CControlBase &control, xlong lPage);
@@ -86,5 +90,8 @@ enum
 TPlace DrawPanel(CControlBase &control, const TPlace &place, int nLook, int nOptions);
 /// A panel with the text as a button shows it: it moves by one pixel in a pressed look.
 void DrawButton(CControlBase &control, const TPlace &place, int nLook, int nOptions);
+/// Shows that the control has the keyboard, if the host has set the option.
+/// @param place  what the mark surrounds from inside
+void DrawFocus(const CControlBase &control, const TPlace &place);
 /// The whole Draw of a button.
 xlong DrawButtonControl(CControlBase &control, xlong lX, xlong lY, xlong lPage, int nOptions);

@@ -11,17 +11,26 @@
 
 namespace
 {
+bool IsLetter(unsigned short usKey)
+{
+    return (usKey >= 'A' && usKey <= 'Z') || (usKey >= 'a' && usKey <= 'z');
+}
+
 xlong ButtonKey(CControlBase &control, xparam lP3)
 {
     switch (TakeHotKey(control, lP3))
     {
     case HOTKEY_DOWN:
         control.m_lNextState = XGUI_PRESSED;
-        Tell(control, XGUIMSG_PRESSED);
+        if (Tell(control, XGUIMSG_PRESSED))
+            control.Invalidate();
         return 1;
     case HOTKEY_UP:
+        // At once: the next mouse message would take it for a press that the
+        // pointer has left, and light it.
         control.m_lNextState = XGUI_RELEASED;
-        Tell(control, XGUIMSG_RELEASED);
+        if (Tell(control, XGUIMSG_RELEASED))
+            control.Invalidate();
         return 1;
     }
     return 0;
@@ -34,6 +43,12 @@ xlong ButtonMouse(CControlBase &control, const TPressRules &rules, xlong lX, xlo
     if (bInside && IsSeeThroughButton(control, rules.lSeeThroughFlags))
         bInside = !IsOnKeyColour(control, lX, lY);
 
+    // In a window that shows no highlight the button falls back each time; that
+    // the pointer came is told once all the same.
+    const bool bShown = !IsWindowInactive(control) || (rules.bInactiveHighlights && control.m_bHighlightIfInactive);
+    const bool bCame = bInside && !control.m_bMouseOver;
+    control.m_bMouseOver = bInside;
+
     xlong lResult = 0;
     const xlong lState = control.m_lState;
     if (bInside)
@@ -42,7 +57,8 @@ xlong ButtonMouse(CControlBase &control, const TPressRules &rules, xlong lX, xlo
         {
             control.m_lNextState = XGUI_HIGHLIGHT;
             lResult = 1;
-            if (lState == XGUI_RELEASED && rules.bTellsHighlight && !Tell(control, XGUIMSG_HIGHLIGHT))
+            if (lState == XGUI_RELEASED && rules.bTellsHighlight && (bShown || bCame) &&
+                !Tell(control, XGUIMSG_HIGHLIGHT))
                 return 1;
         }
         // A press that began elsewhere finds the button idle and leaves it alone.
@@ -97,7 +113,8 @@ xlong ButtonMouse(CControlBase &control, const TPressRules &rules, xlong lX, xlo
         !(rules.bInactiveHighlights && control.m_bHighlightIfInactive))
     {
         control.m_lNextState = XGUI_RELEASED;
-        if (rules.bTellsHighlight && !Tell(control, XGUIMSG_UNHIGHLIGHT))
+        // It was lit, or has just told that it would be.
+        if (rules.bTellsHighlight && (bCame || lState != XGUI_RELEASED) && !Tell(control, XGUIMSG_UNHIGHLIGHT))
             return 1;
     }
     control.Invalidate();
@@ -105,10 +122,31 @@ xlong ButtonMouse(CControlBase &control, const TPressRules &rules, xlong lX, xlo
 }
 } // namespace
 
+bool HasGuiOption(xlong lOption)
+{
+    return glb && glb->m_pWinCtrl && (glb->m_pWinCtrl->GetOptions() & lOption);
+}
+
+bool IsKeyOf(const CControlBase &control, unsigned short usKey)
+{
+    const unsigned short usHotkey = (unsigned short)control.m_sHotkey;
+    if (usKey == usHotkey)
+        return true;
+    if ((usKey ^ usHotkey) == ('a' ^ 'A') && IsLetter(usKey) && HasGuiOption(XGUIOPT_CASE))
+        return true;
+    return usKey == XKEY_SPACE && IsFocusShown(control);
+}
+
+bool IsFocusShown(const CControlBase &control)
+{
+    return control.m_pWindow && control.m_pWindow->m_pFocus == &control && (control.m_lFlags & CNTRL_TABSTOP) &&
+           HasGuiOption(XGUIOPT_FOCUS);
+}
+
 int TakeHotKey(CControlBase &control, xparam lP3)
 {
     const TQueueChar *const pKey = (const TQueueChar *)lP3;
-    if (!pKey || pKey->usKey != (unsigned short)control.m_sHotkey)
+    if (!pKey || !IsKeyOf(control, pKey->usKey))
         return HOTKEY_NONE;
     if (pKey->lFlags & XKEYF_DOWN)
     {
@@ -124,7 +162,7 @@ int TakeHotKey(CControlBase &control, xparam lP3)
 bool IsHotKeyDown(const CControlBase &control, xparam lP3)
 {
     const TQueueChar *const pKey = (const TQueueChar *)lP3;
-    return pKey && pKey->usKey == (unsigned short)control.m_sHotkey && (pKey->lFlags & XKEYF_DOWN);
+    return pKey && (pKey->lFlags & XKEYF_DOWN) && IsKeyOf(control, pKey->usKey);
 }
 
 bool Tell(CControlBase &control, xlong lMsg)

@@ -35,6 +35,14 @@ inline bool IsLeftOnly(xparam lButtons)
     return lButtons == 1;
 }
 
+/// True when the host has set the option.
+/// @param lOption  XGUIOPT_...
+bool HasGuiOption(xlong lOption);
+/// True when the control has the keyboard and the host wants that to be seen.
+bool IsFocusShown(const CControlBase &control);
+/// True when the key presses the control: its hot key, or Space while it has the focus.
+bool IsKeyOf(const CControlBase &control, unsigned short usKey);
+
 /// Sends a message of the control through the manager.
 /// @return false when the control has died on the way
 bool Tell(CControlBase &control, xlong lMsg);

@@ -83,13 +83,15 @@ xlong CRadiobutton::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, 
             Invalidate();
         return 1;
     case XGUIMSG_KEY:
-        if (!IsHotKeyDown(*this, lP3))
+        if (m_lState == XGUI_HIDDEN || !IsHotKeyDown(*this, lP3))
             return 0;
         // The mouse message that would show it can end at another radio button.
         if (Select(*this))
             Invalidate();
         return 1;
     case XGUIMSG_MOUSE:
+        if (m_lState == XGUI_HIDDEN)
+            return 0;
         break;
     default:
         return 0;

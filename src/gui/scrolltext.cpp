@@ -167,7 +167,7 @@ xlong CScrollText::Stop()
         xMemset(m_pBitmap->m_pData, EmptyValue(m_Look.m_pFont, m_Look.m_TextColor),
                 (xulong)m_pBitmap->m_lPitch * (xulong)m_pBitmap->m_lHeight);
     RemoveAllTimers();
-    if (glb->m_pScreen)
+    if (IsSeen(*this))
     {
         const TPlace place = PlaceOf(*this, m_pWindow ? m_pWindow->m_lX : 0, m_pWindow ? m_pWindow->m_lY : 0);
         glb->m_pScreen->AddClearAreaGui(place.lX, place.lY, place.lX + place.lWidth - 1, place.lY + place.lHeight - 1);

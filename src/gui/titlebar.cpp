@@ -158,6 +158,16 @@ void CTitlebar::DrawExtruded(xlong lX, xlong lY, TCntrlColor *pColors)
     DrawButtonBevel(*this, PlaceOf(*this, lX, lY), pColors);
 }
 
+void CTitlebar::LosePress()
+{
+    m_lPressMode = PRESS_IDLE;
+    const CAlive alive(*this);
+    if (m_pClose)
+        m_pClose->GuiMsgHandler(XGUIMSG_MOUSE, m_lX - 1, m_lY - 1, 0, nullptr);
+    if (alive && m_pWindow && (m_pWindow->m_lFlags & XWIN_DRAGGING) && EndDrag())
+        Invalidate();
+}
+
 void CTitlebar::PlaceParts()
 {
     if (m_pCaption)

@@ -5,6 +5,7 @@
 #include "core/walk.h"
 #include "gui/alive.h"
 #include "gui/look.h"
+#include "input/clicks.h"
 #include "input/paste.h"
 #include "screens/screenhooks.h"
 #include "tarvix/bitmap.h"
@@ -85,6 +86,20 @@ xlong CountOf(const CLList &windows, const CWindowBase &window)
     for (const TWinEntry *pEntry : Each<TWinEntry>(windows))
         lCount += pEntry->pWindow == &window;
     return lCount;
+}
+
+// The foremost window that can be seen, or null.
+CWindowBase *Front(const CLList &windows)
+{
+    for (const TWinEntry *pEntry : Each<TWinEntry>(windows))
+        if (!IsHidden(*pEntry->pWindow))
+            return pEntry->pWindow;
+    return nullptr;
+}
+
+bool IsOutside(const SVmode *pMode, xlong lX, xlong lY)
+{
+    return pMode && (lX < 0 || lY < 0 || lX >= pMode->lWidth || lY >= pMode->lHeight);
 }
 
 bool IsClick(signed char cButtons)
@@ -175,7 +190,8 @@ CWinCtrl::CWinCtrl()
     : m_lZOrderCount(0), m_pDefFrameColors(), m_pDefTitlebarColors(), m_pDefButtonColors(), m_pDefProgressColors(),
       m_pColorSets(), m_pDefFont(nullptr), m_pDefCaret(nullptr), m_pDefCheck(nullptr), m_pDefClose(), m_pDefDrop(),
       m_pDefArrowUp(), m_pDefArrowDown(), m_pDefaultButton(nullptr), m_pDefaultStatic(nullptr),
-      m_pDefaultTitlebar(nullptr), m_pDefaultFrame(nullptr), m_ulCursorDefault(0), m_ulCursorText(0), m_ulCursorHand(0)
+      m_pDefaultTitlebar(nullptr), m_pDefaultFrame(nullptr), m_ulCursorDefault(0), m_ulCursorText(0), m_ulCursorHand(0),
+      m_lOptions(0), m_lLastX(0), m_lLastY(0), m_cLastButtons(0)
 {
     SetPaletteHook(RemapDefaultsOfGlobals);
     SetPasteSink(PasteIntoWindows);
@@ -413,6 +429,16 @@ xlong CWinCtrl::SetCursors(xulong ulDefault, xulong ulText, xulong ulHand)
     return 1;
 }
 
+void CWinCtrl::SetOptions(xlong lOptions)
+{
+    m_lOptions = lOptions & XGUIOPT_ALL;
+}
+
+xlong CWinCtrl::GetOptions() const
+{
+    return m_lOptions;
+}
+
 xlong CWinCtrl::SetupColors(TCntrlColor *pColor, TRGBA *pColor1, TRGBA *pColor2, TRGBA *pColor3, TRGBA *pColor4,
                             TRGBA *pColor5, TRGBA *pColor6, TRGBA *pColor7, TRGBA *pColor8)
 {
@@ -454,7 +480,11 @@ void CWinCtrl::GfxHandler()
 xlong CWinCtrl::GuiMsgHandler()
 {
     if (!m_Windows.First())
+    {
+        // A window that opens later is not the one that they were meant for.
+        ForgetClicks(glb->m_pMouse);
         return 0;
+    }
     if (glb->m_pMouse)
         MouseStep();
     if (!glb->m_pKeyboard)
@@ -464,23 +494,35 @@ xlong CWinCtrl::GuiMsgHandler()
 
 void CWinCtrl::MouseStep()
 {
-    xlong lX = 0, lY = 0;
-    signed char cButtons = 0;
-    glb->m_pMouse->GetState(&lX, &lY, &cButtons);
+    TClick now = {};
+    if (!TakeClick(glb->m_pMouse, now))
+        glb->m_pMouse->GetState(&now.lX, &now.lY, &now.cButtons);
+    // A press at a place that no frame has seen: the pointer came there first.
+    else if (!m_cLastButtons && (now.lX != m_lLastX || now.lY != m_lLastY))
+        PointAt(now.lX, now.lY, 0);
+    PointAt(now.lX, now.lY, now.cButtons);
+}
+
+void CWinCtrl::PointAt(xlong lX, xlong lY, signed char cButtons)
+{
     const SVmode *const pMode = glb->m_pScreen ? glb->m_pScreen->GetActiveMode() : nullptr;
-    if (pMode && (lX < 0 || lY < 0 || lX >= pMode->lWidth || lY >= pMode->lHeight))
-    {
+    const bool bOutside = IsOutside(pMode, lX, lY);
+    // Once behind a place inside or a press: what it lit or pressed has to end.
+    const bool bFollow = (m_lOptions & XGUIOPT_POINTER) && (m_cLastButtons || !IsOutside(pMode, m_lLastX, m_lLastY));
+    m_lLastX = lX;
+    m_lLastY = lY;
+    m_cLastButtons = cButtons;
+    CWindowBase *const pFront = Front(m_Windows);
+    if (bOutside)
         glb->m_pMouse->SetCursor(m_ulCursorDefault, 0);
+    if (bOutside && !bFollow)
         return;
-    }
-    m_Windows.First();
-    CWindowBase *const pFront = Current(m_Windows);
-    if ((pFront->m_lFlags & XWIN_MODAL) && !IsHidden(*pFront))
+    if (pFront && (pFront->m_lFlags & XWIN_MODAL))
     {
         const CAlive alive(*pFront);
         pFront->GuiMsgHandler(XGUIMSG_MOUSE, lX, lY, cButtons, nullptr);
         // A callback may have taken it out.
-        const bool bStillThere = alive && m_Windows.First() && Current(m_Windows) == pFront;
+        const bool bStillThere = alive && Front(m_Windows) == pFront;
         ShowCursorOf(bStillThere ? pFront->m_pMouseCntrl : nullptr, m_ulCursorDefault);
         return;
     }
@@ -488,7 +530,7 @@ void CWinCtrl::MouseStep()
     if (!glb->m_pMouse->SetCursorCalled())
         glb->m_pMouse->SetCursor(m_ulCursorDefault, 0);
     glb->m_pMouse->ClearSetCursorCalled();
-    if (!bTaken && IsClick(cButtons))
+    if (!bTaken && IsClick(cButtons) && !bOutside)
         DeactivateAll();
 }
 
@@ -528,19 +570,18 @@ xlong CWinCtrl::KeyStep()
     TQueueChar key;
     if (!glb->m_pKeyboard->GetNext(&key) || !m_Windows.First())
         return 0;
-    CWindowBase *const pFront = Current(m_Windows);
+    CWindowBase *const pFront = Front(m_Windows);
+    if (!pFront)
+        return 1;
     const CAlive alive(*pFront);
-    if (!IsHidden(*pFront) && pFront->m_bActive)
+    if (pFront->m_bActive)
         pFront->GuiMsgHandler(XGUIMSG_KEY, 0, 0, (xparam)&key, nullptr);
-    if (!alive || !m_Windows.First())
-        return 1;
     // Without a focus in front, the windows that listen all the time hear it too.
-    if (Current(m_Windows) != pFront || pFront->m_pFocus)
+    if (!alive || Front(m_Windows) != pFront || pFront->m_pFocus)
         return 1;
-    CListWalk walk(m_Windows);
-    walk.Next<TWinEntry>();
-    while (TWinEntry *pEntry = walk.Next<TWinEntry>())
-        if (!IsHidden(*pEntry->pWindow) && (pEntry->pWindow->m_lFlags & XWIN_HIGHLIGHTIFINACTIVE))
+    for (CListWalk walk(m_Windows); TWinEntry *pEntry = walk.Next<TWinEntry>();)
+        if (pEntry->pWindow != pFront && !IsHidden(*pEntry->pWindow) &&
+            (pEntry->pWindow->m_lFlags & XWIN_HIGHLIGHTIFINACTIVE))
             pEntry->pWindow->GuiMsgHandler(XGUIMSG_KEY, 0, 0, (xparam)&key, nullptr);
     return 1;
 }
@@ -572,12 +613,12 @@ xlong CWinCtrl::RemoveCurrent()
 {
     TWinEntry *const pEntry = (TWinEntry *)m_Windows.Get();
     const CRect &rcArea = pEntry->pWindow->m_rArea;
-    if (glb->m_pScreen)
+    if (glb->m_pScreen && !IsHidden(*pEntry->pWindow))
         glb->m_pScreen->AddClearAreaGui(rcArea.m_lLeft, rcArea.m_lTop, rcArea.m_lRight, rcArea.m_lBottom);
     const short sResult = m_Windows.Delete();
     XDELETE(pEntry);
     for (TWinEntry *pEach : Each<TWinEntry>(m_Windows))
-        if (!(pEach->pWindow->m_lFlags & (XWIN_ZORDER | XWIN_ZORDERFIRST)))
+        if (!(pEach->pWindow->m_lFlags & (XWIN_ZORDER | XWIN_ZORDERFIRST)) && !IsHidden(*pEach->pWindow))
         {
             ToFront(pEach->pWindow->m_lID);
             break;
@@ -596,4 +637,19 @@ void CWinCtrl::DeactivateAll()
 {
     for (CListWalk walk(m_Windows); TWinEntry *pEntry = walk.Next<TWinEntry>();)
         pEntry->pWindow->GuiMsgHandler(XGUIMSG_ACTIVATE, pEntry->pWindow->m_lID, 0, 0, nullptr);
+}
+
+// The keyboard goes to the next window that can be seen.
+void CWinCtrl::OnHidden(CWindowBase &window)
+{
+    const CWindowBase *const pFront = Front(m_Windows);
+    if (window.m_bActive && pFront && CountOf(m_Windows, window))
+        Activate(pFront->m_lID);
+}
+
+// A modal window keeps its place in front while it is hidden.
+void CWinCtrl::OnShown(CWindowBase &window)
+{
+    if ((window.m_lFlags & XWIN_MODAL) && Front(m_Windows) == &window)
+        Activate(window.m_lID);
 }

@@ -15,6 +15,8 @@
 #include "tarvix/titlebar.h"
 #include "tarvix/winctrl.h"
 
+#include <algorithm>
+
 namespace
 {
 enum
@@ -23,10 +25,18 @@ enum
     TITLEBAR_FLAGS = CNTRL_EXTRUDED
 };
 
-void Restore(xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
+const xlong s_lNowhere = -30000; ///< a place of the pointer outside of every window
+
+void Restore(const CWindowBase &window, xlong lLeft, xlong lTop, xlong lRight, xlong lBottom)
 {
-    if (glb->m_pScreen)
+    if (glb->m_pScreen && !(window.m_lFlags & XWIN_HIDDEN))
         glb->m_pScreen->AddClearAreaGui(lLeft, lTop, lRight, lBottom);
+}
+
+bool CanHaveFocus(CControlBase &control)
+{
+    const xlong lState = control.GetState();
+    return lState != XGUI_DISABLED && lState != XGUI_HIDDEN;
 }
 
 void DrawPieces(CControlBase &control, xlong lX, xlong lY, xlong lPage)
@@ -63,16 +73,35 @@ xlong CWindowBase::ShowWindow()
 {
     m_lFlags &= ~XWIN_HIDDEN;
     if (glb->m_pWinCtrl)
+    {
         glb->m_pWinCtrl->Validate();
+        glb->m_pWinCtrl->OnShown(*this);
+    }
     return 1;
 }
 
 xlong CWindowBase::HideWindow()
 {
+    Restore(*this, m_rArea.m_lLeft, m_rArea.m_lTop, m_rArea.m_lRight, m_rArea.m_lBottom);
+    const bool bWasHidden = (m_lFlags & XWIN_HIDDEN) != 0;
     m_lFlags |= XWIN_HIDDEN;
-    Restore(m_rArea.m_lLeft, m_rArea.m_lTop, m_rArea.m_lRight, m_rArea.m_lBottom);
+    const CAlive alive(*this);
     for (CListWalk walk(m_Cntrls); CControlBase *pCntrl = walk.Next<CControlBase>();)
         pCntrl->LoseHotKey();
+    if (!alive || bWasHidden)
+        return 1;
+    // No mouse message comes any more: a drag, presses and highlights end here.
+    if (CTitlebar *const pTitlebar = Titlebar())
+        pTitlebar->LosePress();
+    if (CFrame *const pFrame = alive ? Frame() : nullptr)
+        pFrame->GuiMsgHandler(XGUIMSG_MOUSE, s_lNowhere, s_lNowhere, 0, nullptr);
+    if (!alive)
+        return 1;
+    m_pMouseCntrl = nullptr;
+    for (CListWalk walk(m_Cntrls); CControlBase *pCntrl = walk.Next<CControlBase>();)
+        pCntrl->GuiMsgHandler(XGUIMSG_MOUSE, s_lNowhere, s_lNowhere, 0, nullptr);
+    if (alive && (m_lFlags & XWIN_HIDDEN) && glb->m_pWinCtrl)
+        glb->m_pWinCtrl->OnHidden(*this);
     return 1;
 }
 
@@ -120,7 +149,7 @@ xlong CWindowBase::Create(xlong lID, xlong lX, xlong lY, xlong lWidth, xlong lHe
 
 xlong CWindowBase::SetPos(xlong lX, xlong lY)
 {
-    Restore(m_lX - 1, m_lY - 1, m_lX + m_lWidth + 2, m_lY + m_lHeight + 2);
+    Restore(*this, m_lX - 1, m_lY - 1, m_lX + m_lWidth + 2, m_lY + m_lHeight + 2);
     m_lX = lX;
     m_lY = lY;
     Validate();
@@ -130,7 +159,7 @@ xlong CWindowBase::SetPos(xlong lX, xlong lY)
 
 xlong CWindowBase::SetSize(xlong lWidth, xlong lHeight)
 {
-    Restore(m_lX, m_lY, m_lX + m_lWidth, m_lY + m_lHeight);
+    Restore(*this, m_lX, m_lY, m_lX + m_lWidth, m_lY + m_lHeight);
     Validate();
     m_lWidth = lWidth;
     m_lHeight = lHeight;
@@ -177,6 +206,15 @@ xlong CWindowBase::RemoveFlag(xlong lFlags)
 xlong CWindowBase::SetID(xlong lID)
 {
     m_lID = lID;
+    if (CTitlebar *const pTitlebar = Titlebar())
+    {
+        pTitlebar->SetParent(lID, this);
+        for (CControlBase *pPart : { (CControlBase *)pTitlebar->m_pClose, (CControlBase *)pTitlebar->m_pCaption })
+            if (pPart)
+                pPart->SetParent(lID, this);
+    }
+    if (CControlBase *const pFrame = Frame())
+        pFrame->SetParent(lID, this);
     for (CControlBase *pCntrl : Each<CControlBase>(m_Cntrls))
         pCntrl->SetParent(lID, this);
     return 1;
@@ -197,6 +235,7 @@ void CWindowBase::StaticWindowCntrls(int nStatic)
 
 xlong CWindowBase::SetFocus(CControlBase *pCntrl)
 {
+    ShowFocus(pCntrl);
     m_pFocus = pCntrl;
     for (CListWalk walk(m_Cntrls); CControlBase *pEach = walk.Next<CControlBase>();)
         pEach->GuiMsgHandler(XGUIMSG_FOCUS, 0, 0, pEach == pCntrl, nullptr);
@@ -314,7 +353,10 @@ xlong CWindowBase::GuiMsgHandler(xlong lMsg, xlong lP1, xlong lP2, xparam lP3, v
         if (lP1 == m_lID)
         {
             for (CListWalk walk(m_Cntrls); CControlBase *pCntrl = walk.Next<CControlBase>();)
-                pCntrl->SetState(lP3 == 1 ? XGUI_RELEASED : XGUI_DISABLED);
+                // One that is enabled may be checked, and stays so.
+                if (const xlong lState = pCntrl->GetState();
+                    lP3 != 1 || (lState != XGUI_CHECKED && lState != XGUI_UNCHECKED))
+                    pCntrl->SetState(lP3 == 1 ? XGUI_RELEASED : XGUI_DISABLED);
         }
         return 0;
     case XGUIMSG_PASTE:
@@ -349,15 +391,29 @@ xlong CWindowBase::KeyMessage(xlong lP1, xlong lP2, xparam lP3, void *pData)
     if (!alive)
         return 1;
 
+    const CControlBase *pUser = nullptr;
     const xlong lFocusFlags = m_pFocus ? m_pFocus->GetFlags() : 0;
     if ((lFocusFlags & CNTRL_TABSTOP) && (pKey->usKey != XKEY_ENTER || (lFocusFlags & CNTRL_MULTILINE)))
     {
-        m_pFocus->GuiMsgHandler(XGUIMSG_KEY, lP1, lP2, lP3, pData);
-        return 1;
+        pUser = m_pFocus;
+        if (m_pFocus->GuiMsgHandler(XGUIMSG_KEY, lP1, lP2, lP3, pData) || !alive || !HasGuiOption(XGUIOPT_KEYS))
+            return 1;
     }
     for (CListWalk walk(m_Cntrls); CControlBase *pCntrl = walk.Next<CControlBase>();)
-        pCntrl->GuiMsgHandler(XGUIMSG_KEY, lP1, lP2, lP3, pData);
+        if (pCntrl != pUser)
+            pCntrl->GuiMsgHandler(XGUIMSG_KEY, lP1, lP2, lP3, pData);
     return 1;
+}
+
+// Both the old and the new focus look different then.
+void CWindowBase::ShowFocus(CControlBase *pNew)
+{
+    if (m_pFocus == pNew || !HasGuiOption(XGUIOPT_FOCUS))
+        return;
+    if (m_pFocus)
+        m_pFocus->Validate();
+    if (pNew)
+        pNew->Validate();
 }
 
 void CWindowBase::TabToNext(xlong lP1, xlong lP2, xparam lP3, void *pData)
@@ -365,9 +421,10 @@ void CWindowBase::TabToNext(xlong lP1, xlong lP2, xparam lP3, void *pData)
     CControlBase *const pOld = m_pFocus;
     CControlBase *pFirst = nullptr;
     bool bPassed = false;
+    const bool bPassOver = HasGuiOption(XGUIOPT_FOCUS);
     for (CControlBase *pCntrl : Each<CControlBase>(m_Cntrls))
     {
-        const bool bStop = (pCntrl->GetFlags() & CNTRL_TABSTOP) != 0;
+        const bool bStop = (pCntrl->GetFlags() & CNTRL_TABSTOP) != 0 && (!bPassOver || CanHaveFocus(*pCntrl));
         if (bStop && !pFirst)
             pFirst = pCntrl;
         if (bPassed && bStop)
@@ -387,6 +444,7 @@ void CWindowBase::TabToNext(xlong lP1, xlong lP2, xparam lP3, void *pData)
         pOld->GuiMsgHandler(XGUIMSG_FOCUS, 0, 0, 0, nullptr);
     if (!alive)
         return;
+    ShowFocus(nullptr);
     m_pFocus = nullptr;
     if (firstAlive)
         SetFocus(pFirst);
@@ -435,6 +493,12 @@ xlong CWindowBase::DragTo(xlong lX, xlong lY)
 {
     if (!(m_lFlags & XWIN_SYSTEMWINDOW))
     {
+        // Its title bar has to stay where the pointer can take it again.
+        if (const SVmode *const pMode = glb->m_pScreen ? glb->m_pScreen->GetActiveMode() : nullptr)
+        {
+            lX = std::clamp<xlong>(lX, 0, pMode->lWidth - 1);
+            lY = std::clamp<xlong>(lY, 0, pMode->lHeight - 1);
+        }
         // A pointer that rests redraws nothing.
         if (lX - m_lDragX != m_lX || lY - m_lDragY != m_lY)
             SetPos(lX - m_lDragX, lY - m_lDragY);

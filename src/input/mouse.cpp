@@ -1,5 +1,6 @@
 #include "tarvix/mouse.h"
 
+#include "input/clicks.h"
 #include "input/replayhooks.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/error.h"
@@ -33,6 +34,7 @@ CMouseBase::CMouseBase()
 
 CMouseBase::~CMouseBase()
 {
+    ForgetClicks(this);
     Exit();
 }
 
@@ -272,6 +274,8 @@ void CMouseBase::Feed(xlong lX, xlong lY, xlong lDX, xlong lDY, xlong lDown)
     m_lDeltaX += lDX;
     m_lDeltaY += lDY;
     const xulong ulDown = (xulong)lDown & XBTN_DOWN_MASK, ulWasDown = m_ulPrevButtons & XBTN_DOWN_MASK;
+    if (ulDown != ulWasDown)
+        QueueClick(this, { lX, lY, (signed char)ulDown });
     m_bLeftDown = (ulDown & XBTN_LEFT) != 0;
     m_bRightDown = (ulDown & XBTN_RIGHT) != 0;
     m_bMiddleDown = (ulDown & XBTN_MIDDLE) != 0;

@@ -5,6 +5,7 @@
 #include "tarvix/replay.h"
 #include "tarvix/screen.h"
 #include "tarvix/sprite.h"
+#include "tarvix/winctrl.h"
 #include "win/win32.h"
 
 namespace
@@ -15,6 +16,18 @@ const xulong s_ulFollowTime = 20; // milliseconds
 
 // Windows reports a move when the window opens that nobody made.
 bool s_bSkipMove = true;
+
+bool IsPointerFollowed()
+{
+    return glb->m_pWinCtrl && (glb->m_pWinCtrl->GetOptions() & XGUIOPT_POINTER);
+}
+
+// Asks for one WM_MOUSELEAVE.
+void TrackLeave(HWND hWnd)
+{
+    TRACKMOUSEEVENT track = { sizeof(track), TME_LEAVE, hWnd, 0 };
+    TrackMouseEvent(&track);
+}
 
 bool IsMouseEvent(unsigned int uMsg)
 {
@@ -35,8 +48,8 @@ CMouse::CMouse()
 {
     if (!m_hFinger)
         m_hFinger = m_hArrow;
-    for (const UINT uMsg :
-         { WM_LBUTTONUP, WM_LBUTTONDOWN, WM_RBUTTONUP, WM_RBUTTONDOWN, WM_MOUSEMOVE, WM_ACTIVATEAPP, WM_SETCURSOR })
+    for (const UINT uMsg : { WM_LBUTTONUP, WM_LBUTTONDOWN, WM_RBUTTONUP, WM_RBUTTONDOWN, WM_MOUSEMOVE, WM_ACTIVATEAPP,
+                             WM_SETCURSOR, WM_MOUSELEAVE })
         RegisterWinMsg(this, uMsg);
 }
 
@@ -52,11 +65,14 @@ xlong CMouse::Init()
     if (pMode->lKind == XMODE_WINDOW)
     {
         IsFullScreen(0);
-        ShowCursor(TRUE);
+        // It counts: as many steps as the other way.
+        while (ShowCursor(TRUE) < 0)
+            continue;
         return 1;
     }
     IsFullScreen(1);
-    ShowCursor(FALSE);
+    while (ShowCursor(FALSE) >= 0)
+        continue;
     AddTimer(s_ulFollowTime);
     return 1;
 }
@@ -76,15 +92,33 @@ xparam CMouse::WinMsgHandler(HWND hWnd, unsigned int uMsg, xuparam wParam, xpara
     GetWindowRect(hWnd, &rcWindow);
     if (uMsg == WM_ACTIVATEAPP && wParam == 1 && m_ulFlags & (DELTA_MODE | FULL_SCREEN))
         SetCursorPos(s_lCentreX, s_lCentreY);
+    const bool bFollow = IsPointerFollowed() && !(m_ulFlags & (DELTA_MODE | FULL_SCREEN));
+    POINT pt = {};
+    if (uMsg == WM_MOUSELEAVE && bFollow && GetCursorPos(&pt))
+    {
+        xlong lX = pt.x - m_lAddX - rcWindow.left, lY = pt.y - m_lAddY - rcWindow.top;
+        // Another window can lie over this one.
+        const SVmode *const pMode = glb->m_pScreen ? glb->m_pScreen->GetActiveMode() : nullptr;
+        if (pMode && lX >= 0 && lY >= 0 && lX < pMode->lWidth && lY < pMode->lHeight)
+            lX = lY = -1;
+        Feed(lX, lY, 0, 0, 0);
+    }
     if (!IsMouseEvent(uMsg))
         return 0;
     if (uMsg == WM_MOUSEMOVE && s_bSkipMove)
     {
         s_bSkipMove = false;
-        return 0;
+        if (!bFollow)
+            return 0;
     }
+    if (bFollow)
+        TrackLeave(hWnd);
     const xlong lDown = ButtonsOf(wParam);
-    POINT pt = {};
+    // A press owns the pointer: its release is heard wherever it happens.
+    if (lDown && GetCapture() != hWnd)
+        SetCapture(hWnd);
+    else if (!lDown && GetCapture() == hWnd)
+        ReleaseCapture();
     const bool bPlace = GetCursorPos(&pt);
     const xlong lDX = pt.x - rcWindow.left - s_lCentreX, lDY = pt.y - rcWindow.top - s_lCentreY;
     if (!bPlace || (!lDX && !lDY))

@@ -3,6 +3,7 @@
 // frames inside frames too. Nothing is expected of it but that it goes on.
 #pragma once
 
+#include "core/msgsys.h"
 #include "tarvix/button.h"
 #include "tarvix/checkbox.h"
 #include "tarvix/dialog.h"
@@ -43,9 +44,7 @@ public:
     {
         WINDOWS = 5,
         CONTROLS = 24,
-        DEEPEST = 3, ///< frames in each other
-        WIDTH = 320,
-        HEIGHT = 240
+        DEEPEST = 3 ///< frames in each other
     };
 
     /// @param next  the bytes, endless
@@ -58,6 +57,7 @@ public:
     ~CChaos()
     {
         m_bQuiet = true;
+        m_pSink.reset();
         for (int n = 0; n < WINDOWS + CONTROLS; ++n)
             Delete(n);
         m_pDialog.reset();
@@ -68,13 +68,16 @@ public:
     {
         const unsigned char ucKind = m_Next();
         CMouseBase &mouse = *glb->m_pMouse;
-        if (ucKind % 8 < 2)
+        // Several at a time, also beside the screen.
+        for (int n = ucKind & 3; n; --n)
         {
-            mouse.m_lX = m_Next() % WIDTH;
-            mouse.m_lY = m_Next() % HEIGHT;
+            if (m_Next() % 3 == 0)
+            {
+                m_lX = m_Next() * 3 / 2 - 20;
+                m_lY = m_Next() - 5;
+            }
+            mouse.Feed(m_lX, m_lY, 0, 0, m_Next() % 2);
         }
-        if (ucKind % 4 == 0)
-            mouse.m_ulButtons = ucKind & 0x10 ? 1 : 0;
         if (ucKind % 16 == 5)
         {
             static const unsigned short s_Keys[] = { 'a', 'b', 'c', XKEY_TAB, XKEY_ENTER, XKEY_ESC };
@@ -91,6 +94,40 @@ private:
         void TimerHandler(xulong) override { pChaos->Maybe(); }
         CChaos *pChaos;
     };
+
+    // Of the frame, where no other frame begins and the mode stays.
+    struct TSink : public CMsgSys, public CWinMsg
+    {
+        explicit TSink(CChaos *p) : pChaos(p)
+        {
+            MsgSysRegister(this, XFRAME_DRAW, 150);
+            MsgSysRegister(this, XFRAME_DRAW, 50);
+            MsgSysRegister(this, XFRAME_END, 0);
+            RegisterWinMsg(this, s_uPaint);
+        }
+        xlong MsgHandler(xulong, xlong, xlong) override
+        {
+            pChaos->ActInFrame();
+            return 0;
+        }
+        xparam WinMsgHandler(HWND, unsigned int, xuparam, xparam) override
+        {
+            pChaos->ActInFrame();
+            return 0;
+        }
+        static const xulong s_uPaint = 15; // WM_PAINT
+        CChaos *pChaos;
+    };
+
+    void ActInFrame()
+    {
+        ++m_nInside;
+        if (m_Next() % 4 == 0)
+            Act();
+        if (m_Next() % 16 == 0)
+            m_pSink = std::make_unique<TSink>(this);
+        --m_nInside;
+    }
 
     void Frame()
     {
@@ -255,7 +292,7 @@ private:
         CWinCtrl &manager = *glb->m_pWinCtrl;
         CWindow *const pWindow = Window();
         CControlBase *const pControl = Control();
-        switch (m_Next() % 28)
+        switch (m_Next() % 30)
         {
         case 0:
         case 1:
@@ -313,7 +350,7 @@ private:
             break;
         case 19:
         case 20:
-            if (m_nDepth < DEEPEST)
+            if (m_nDepth < DEEPEST && !m_nInside)
                 Frame();
             break;
         case 21:
@@ -346,11 +383,28 @@ private:
             m_Ticker.pChaos = this;
             m_Next() % 2 ? (void)m_Ticker.AddTimer(20 + m_Next() % 3) : m_Ticker.RemoveAllTimers();
             break;
+        case 28:
+            manager.SetOptions(m_Next());
+            break;
+        case 29:
+            if (m_Next() % 16 == 0 && !m_nInside)
+                ChangeMode(m_Next());
+            break;
         case 27:
             if (CGroupbox *pGroup = dynamic_cast<CGroupbox *>(pControl))
                 pGroup->SetSelected(10 + m_Next() % 30);
             break;
         }
+    }
+
+    static void ChangeMode(unsigned char ucSize)
+    {
+        CScreenBase *const pScreen = glb->m_pScreen;
+        pScreen->ExitMode();
+        pScreen->GetVideoModes();
+        if (!pScreen->InitModeRez(ucSize % 2 ? 800 : 640, ucSize % 2 ? 600 : 480, 24, XMODE_WINDOW) ||
+            !pScreen->SetPersistentMode(1))
+            abort();
     }
 
     std::function<unsigned char()> m_Next;
@@ -360,7 +414,9 @@ private:
     std::unique_ptr<CControlBase> m_apControls[CONTROLS];
     std::unique_ptr<CDialog> m_pDialog;
     TTicker m_Ticker;
-    int m_nDepth = 0, m_nActs = 0;
+    int m_nDepth = 0, m_nActs = 0, m_nInside = 0;
     bool m_bQuiet = false;
+    std::unique_ptr<TSink> m_pSink = std::make_unique<TSink>(this);
+    xlong m_lX = 0, m_lY = 0;
     char m_szText[16] = "Chaos text";
 };

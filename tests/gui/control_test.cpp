@@ -50,6 +50,17 @@ TEST_F(CControlTest, StatesAreSavedWhileDisabled)
     }
 }
 
+// Counts the pixels of a piece in the button, or marks them.
+void Paint(std::vector<int> &pixels, const CRect &rc, bool bCount)
+{
+    for (xlong y = std::max<xlong>(rc.m_lTop, 140); y <= std::min<xlong>(rc.m_lBottom, 159); ++y)
+        for (xlong x = std::max<xlong>(rc.m_lLeft, 150); x <= std::min<xlong>(rc.m_lRight, 249); ++x)
+        {
+            int &n = pixels[(size_t)((y - 140) * 100 + x - 150)];
+            n = bCount ? n + 1 : 1;
+        }
+}
+
 TEST_F(CControlTest, CollectsPiecesAndKeepsAlphaOnesApart)
 {
     CRect a, b, c;
@@ -63,12 +74,29 @@ TEST_F(CControlTest, CollectsPiecesAndKeepsAlphaOnesApart)
     m_Button.ClearClipListIndex();
 
     m_Button.SetFlag(CNTRL_ALPHA);
-    m_Button.Validate(&a, 0);
-    m_Button.Validate(&b, 0);
-    ASSERT_EQ(1, m_Button.m_lClipCount);
-    CRect rcUnion;
-    rcUnion.Set(150, 140, 180, 159);
-    EXPECT_EQ(1, m_Button.m_rClip[0].IsEqual(&rcUnion));
+    std::mt19937 random(3);
+    for (int nRound = 0; nRound < 300; ++nRound)
+    {
+        std::vector<int> wanted(100 * 20), seen(100 * 20); // how often each pixel is blended
+        for (int nPiece = 0; nPiece < 6; ++nPiece)
+        {
+            const xlong lX = 140 + (xlong)(random() % 40), lY = 135 + (xlong)(random() % 24);
+            CRect rc;
+            rc.Set(lX, lY, lX + (xlong)(random() % 20), nPiece % 3 ? lY + (xlong)(random() % 20) : 159);
+            m_Button.Validate(&rc, 0);
+            Paint(wanted, rc, false);
+        }
+        for (xlong l = 0; l < m_Button.m_lClipCount; ++l)
+            Paint(seen, m_Button.m_rClip[l], true);
+        ASSERT_EQ(wanted, seen) << nRound;
+        m_Button.ClearClipListIndex();
+    }
+    CRect left, right;
+    left.Set(150, 140, 160, 159);
+    right.Set(155, 140, 169, 159);
+    m_Button.Validate(&left, 0);
+    m_Button.Validate(&right, 0);
+    EXPECT_EQ(1, m_Button.m_lClipCount) << "they make one rectangle";
     m_Button.ClearClipListIndex();
     m_Button.RemoveFlag(CNTRL_ALPHA);
 

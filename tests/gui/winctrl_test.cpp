@@ -106,14 +106,14 @@ TEST_F(CWinCtrlTest, OfTwoModalWindowsTheFrontOneTakesTheInput)
     EXPECT_EQ("2* 3 1", Order());
     m_Windows[1].HideWindow();
     Click(155, 155);
-    EXPECT_EQ("3* 2 1", Order()) << "nothing modal is seen in front";
+    EXPECT_EQ("2 3* 1", Order()) << "the next modal one takes over";
     Click(25, 25);
-    EXPECT_EQ("3* 2 1", Order());
+    EXPECT_EQ("2 3* 1", Order());
     glb->m_pWinCtrl->RemoveWindow(3);
-    EXPECT_EQ("2* 1", Order());
+    EXPECT_EQ("2 1*", Order()) << "a hidden one does not";
     m_Windows[1].ShowWindow();
     Click(25, 25);
-    EXPECT_EQ("2* 1", Order()) << "the next one takes over";
+    EXPECT_EQ("2* 1", Order()) << "until it is shown";
     glb->m_pWinCtrl->RemoveWindow(2);
     Click(25, 25);
     EXPECT_EQ("1*", Order());

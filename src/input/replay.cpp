@@ -249,7 +249,8 @@ xlong CReplay::Record(const char *pszFile, xlong lStep)
     if (s_pActive)
         return xErrorTxt("CReplay: A replay or recording runs already.");
     if (!lStep)
-        lStep = glb->m_lMinimumFrameTime > 0 ? std::min<xlong>(glb->m_lMinimumFrameTime, MAX_STEP) : (xlong)DEFAULT_STEP;
+        lStep =
+            glb->m_lMinimumFrameTime > 0 ? std::min<xlong>(glb->m_lMinimumFrameTime, MAX_STEP) : (xlong)DEFAULT_STEP;
     if (lStep < 1 || lStep > MAX_STEP)
         return xErrorTxt("CReplay::Record: The step must be 1 to 1000 milliseconds.");
     m_pFile = XNEW(CFile);

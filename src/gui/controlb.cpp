@@ -251,6 +251,8 @@ void CControlBase::LoseHotKey()
         return;
     m_lNextState = XGUI_RELEASED;
     m_lPressMode = PRESS_IDLE;
+    if (m_lState == XGUI_PRESSED)
+        Invalidate();
     Tell(*this, XGUIMSG_RELEASED);
 }
 

@@ -166,14 +166,14 @@ void DrawFocus(const CControlBase &control, const TPlace &place)
 {
     if (place.lWidth < 3 || place.lHeight < 3 || !IsFocusShown(control))
         return;
-    // Every other pixel, counted on the screen: a mark drawn in pieces stays one.
+    // Dark and light in turn, to be seen on every ground; counted on the screen,
+    // so that a mark drawn in pieces stays one.
+    const TCntrlColor *const pColors = ColorsOf(control, XLOOK_RELEASED);
+    const TRGBA Dark = pColors ? pColors->crDark : TRGBA(0, 0, 0);
+    const TRGBA Light = pColors ? pColors->crLight : TRGBA(255, 255, 255);
     const xlong lRight = place.lX + place.lWidth - 1, lBottom = place.lY + place.lHeight - 1;
-    const TRGBA &Color = control.m_Look.m_TextColor;
-    const auto Dot = [&Color](xlong lX, xlong lY)
-    {
-        if (((lX + lY) & 1) == 0)
-            glb->m_pScreen->DrawLine(lX, lY, lX, lY, Color);
-    };
+    const auto Dot = [&](xlong lX, xlong lY)
+    { glb->m_pScreen->DrawLine(lX, lY, lX, lY, (lX + lY) & 1 ? Light : Dark); };
     for (xlong lX = place.lX; lX <= lRight; ++lX)
     {
         Dot(lX, place.lY);

@@ -22,15 +22,15 @@ xlong ButtonKey(CControlBase &control, xparam lP3)
     {
     case HOTKEY_DOWN:
         control.m_lNextState = XGUI_PRESSED;
-        if (Tell(control, XGUIMSG_PRESSED))
-            control.Invalidate();
+        control.Invalidate();
+        Tell(control, XGUIMSG_PRESSED);
         return 1;
     case HOTKEY_UP:
         // At once: the next mouse message would take it for a press that the
         // pointer has left, and light it.
         control.m_lNextState = XGUI_RELEASED;
-        if (Tell(control, XGUIMSG_RELEASED))
-            control.Invalidate();
+        control.Invalidate();
+        Tell(control, XGUIMSG_RELEASED);
         return 1;
     }
     return 0;

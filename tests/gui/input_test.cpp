@@ -216,6 +216,12 @@ TEST_F(CInputTest, AWindowThatIsHiddenLosesPressAndDrag)
     m_Window.ShowWindow();
     Frames(2);
     EXPECT_EQ(0, Count(TakeLog(), "2:1:7")) << "let go while nobody saw it";
+    m_Button.SetState(XGUI_RELEASED);
+    Point(s_lX, s_lY, 0);
+    Point(s_lX, s_lY, 1);
+    m_Window.HideWindow();
+    EXPECT_EQ(XGUI_RELEASED, m_Button.GetState());
+    EXPECT_EQ("3 1 19", TakeMessages(":1:7"));
 }
 
 TEST_F(CInputTest, HiddenWindowsDirtyNothing)

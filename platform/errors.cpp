@@ -1,12 +1,14 @@
 #include "platform/errors.h"
 
 #include <errno.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
 namespace
 {
 DWORD s_ulLastError = ERROR_SUCCESS;
+char s_szDisplay[200] = "There is no display.";
 
 struct TErrorText
 {
@@ -47,6 +49,7 @@ const TErrorText s_ErrorTexts[] = {
     { ERROR_INVALID_ADDRESS, "The address can't be used." },
     { ERROR_INVALID_WINDOW_HANDLE, "There is no such window." },
     { ERROR_INVALID_HOOK_HANDLE, "There is no such hook." },
+    { ERROR_CAN_NOT_COMPLETE, s_szDisplay },
     { ERROR_CANNOT_FIND_WND_CLASS, "The window class was not found." },
     { ERROR_CLASS_ALREADY_EXISTS, "The window class exists already." },
     { ERROR_CLASS_DOES_NOT_EXIST, "The window class does not exist." },
@@ -83,6 +86,13 @@ DWORD GetLastError()
 void SetLastError(DWORD ulError)
 {
     s_ulLastError = ulError;
+}
+
+void SetDisplayError(const char *pszReason)
+{
+    snprintf(s_szDisplay, sizeof(s_szDisplay),
+             "There is no display: %s. With SDL_VIDEODRIVER=dummy the program runs without one.", pszReason);
+    SetLastError(ERROR_CAN_NOT_COMPLETE);
 }
 
 DWORD ErrorOf(int nErrno)

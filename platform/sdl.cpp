@@ -1,5 +1,6 @@
 // Windows on the desktop, through SDL.
 #include "platform/cursor.h"
+#include "platform/errors.h"
 #include "platform/input.h"
 #include "platform/sdlkeys.h"
 #include "platform/window.h"
@@ -22,6 +23,14 @@ struct TSdlWindow
 
 const char s_cCanvasMark = 0;
 const DWORD s_ulFrameStyles = WS_CAPTION | WS_THICKFRAME;
+
+const int s_nUnseenSide = 16384; // room for every picture, since no screen ends it
+
+/// False for drivers that show nothing to anybody.
+bool IsSeen(const char *pszDriver)
+{
+    return pszDriver && strcmp(pszDriver, "dummy") && strcmp(pszDriver, "offscreen") && strcmp(pszDriver, "evdev");
+}
 
 class CSdlBackend final : public CBackend
 {
@@ -168,7 +177,18 @@ bool CSdlBackend::Start()
     SDL_SetHint(SDL_HINT_QUIT_ON_LAST_WINDOW_CLOSE, "0");
     SDL_SetHint(SDL_HINT_MOUSE_FOCUS_CLICKTHROUGH, "1");
     if (SDL_InitSubSystem(SDL_INIT_VIDEO) != 0)
+    {
+        SetDisplayError(SDL_GetError());
         return false;
+    }
+    if (!SDL_getenv("SDL_VIDEODRIVER") && !IsSeen(SDL_GetCurrentVideoDriver()))
+    {
+        // It found no display and took a stand-in, which nobody has asked for.
+        SDL_QuitSubSystem(SDL_INIT_VIDEO);
+        SDL_VideoInit("x11");
+        SetDisplayError(SDL_GetError());
+        return false;
+    }
     // Plain surfaces put only the changed areas on the display. Where they
     // exist they are better than a texture that goes there as a whole.
     const char *pszDriver = SDL_GetCurrentVideoDriver();
@@ -189,6 +209,8 @@ void CSdlBackend::GetDesktop(int *pnWidth, int *pnHeight, int *pnDepth)
     }
     *pnWidth = mode.w;
     *pnHeight = mode.h;
+    if (!IsSeen(SDL_GetCurrentVideoDriver()))
+        *pnWidth = *pnHeight = s_nUnseenSide;
     // 24 bits of colour live in 32-bit pixels. Fewer than 16 are not simulated:
     // SDL converts to whatever the display has.
     *pnDepth = SDL_BYTESPERPIXEL(mode.format) == 2 ? 16 : 32;

@@ -299,10 +299,7 @@ HWND CreateWindowExA(DWORD ulExStyle, LPCSTR pszClass, LPCSTR pszTitle, DWORD ul
         return nullptr;
     }
     if (!Backend()->Start())
-    {
-        SetLastError(ERROR_NOT_SUPPORTED);
         return nullptr;
-    }
     HWND hWnd = (HWND)calloc(1, sizeof(HWND__));
     char *pszCopy = strdup(pszTitle ? pszTitle : "");
     if (!hWnd || !pszCopy)

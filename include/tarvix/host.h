@@ -44,6 +44,7 @@ public:
             xGetDebugOptions(pszOptions, nullptr);
         SetApplicationName(pszName);
         SetUpdateTime(10);
+        SetMinimumFrameTime(16); // milliseconds; 0 makes frames as fast as they come
         m_bReady = xInit(0, nullptr) != 0;
     }
 
@@ -74,8 +75,10 @@ public:
     /// Starts a mode on the first screen that has it, with the persistent
     /// buffer in use and the shade tables of its depth; then the mouse and the
     /// window manager.
-    /// @param lDepth  8, 16 or 24
-    /// @param lKind   XMODE_..., or -1 for any
+    /// At 8 bits the picture begins with greys from 0 to 255; see SetPalette.
+    /// @param lWidth   1 to 32767, as lHeight; the desktop has to have the room
+    /// @param lDepth   8, 16 or 24
+    /// @param lKind    XMODE_..., or -1 for any
     /// @return false with the error stored
     bool SetMode(xlong lWidth, xlong lHeight, xlong lDepth, xlong lKind = XMODE_WINDOW)
     {
@@ -92,16 +95,28 @@ public:
         for (pScreens->First(); pScreens->Exists(); pScreens->Next())
         {
             CScreenBase *pScreen = pScreens->Get();
+            if (lKind == XMODE_WINDOW)
+                OfferMode(*pScreen, lWidth, lHeight, lDepth);
             if (pScreen->InitModeRez(lWidth, lHeight, lDepth, lKind) &&
                 pScreen->SetScreenWindowProperties(XWINDOW_CAPTION | XWINDOW_THICK_FRAME, -1, -1))
             {
                 glb->m_pScreen = pScreen;
+                pScreen->SetSystemPalette();
                 return MakeTables() && pScreen->SetPersistentMode(1) && StartGui();
             }
         }
         if (!glb->m_Error.GetErrCode())
             xErrorTxt("There is no such mode.");
         return false;
+    }
+
+    /// The colours of an 8-bit picture, on the screen at once: what indexes that
+    /// stand there show changes with them.
+    /// @param palette  cloned
+    void SetPalette(CPalette &palette) const
+    {
+        glb->m_pScreen->SetPalette(&palette);
+        glb->m_pScreen->SetSystemPalette();
     }
 
     CScreenBase *Screen() const
@@ -204,6 +219,18 @@ private:
             glb->m_pWinCtrl->SetOptions(XGUIOPT_ALL);
         }
         return m_bGui;
+    }
+
+    // Beside the usual sizes a window may have any.
+    static void OfferMode(CScreenBase &screen, xlong lWidth, xlong lHeight, xlong lDepth)
+    {
+        for (const CNode *pNode = screen.m_Modes.m_pFirst; pNode; pNode = pNode->pNext)
+        {
+            const SVmode &mode = *(const SVmode *)pNode->pData;
+            if (mode.lWidth == lWidth && mode.lHeight == lHeight && mode.lDepth == lDepth && mode.lKind == XMODE_WINDOW)
+                return;
+        }
+        screen.AddWindowVideoMode(lWidth, lHeight, lDepth, -1);
     }
 
     bool MakeTables() const

@@ -190,5 +190,8 @@ private:
         TResDefine *pFirst, *pLast;
     };
     TChain &ChainOf(const char *pszName);
+    void Chain(TResDefine *pDefine);
+    void FollowDefines();
     TChain m_Chains[256]; // of m_listDefines, in their order
+    size_t m_ulChained;   // what the list was like then: a host may change it
 };

@@ -246,7 +246,9 @@ public:
     virtual xlong PushClip();
     /// Takes the last saved clip back. @return 0 when none is saved
     virtual xlong PopClip();
-    /// At 8 bits only. @param pPalette  cloned
+    /// At 8 bits only. It is seen when SetSystemPalette has given it to the
+    /// platform: until the first time the picture is black.
+    /// @param pPalette  cloned
     virtual void SetPalette(CPalette *pPalette);
     virtual CPalette *GetPalette();
     /// The window's place on the desktop; any pointer may be null.

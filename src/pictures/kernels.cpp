@@ -421,7 +421,8 @@ xlong Convert16To8(const TPixelBlock &source, const TPixelBlock &target, const T
         return 1;
     }
     // The step of four pixels leaves the row, and must not leave the block.
-    const unsigned char *pEnd = TArea::At<2>(source, source.pClip->m_lRight + 1, source.pClip->m_lBottom);
+    const xlong lLastRow = source.lPitch < 0 ? source.pClip->m_lTop : source.pClip->m_lBottom;
+    const unsigned char *pEnd = TArea::At<2>(source, source.pClip->m_lRight + 1, lLastRow);
     ForEachRow(area,
                [&](const unsigned char *pFrom, unsigned char *pTo)
                {

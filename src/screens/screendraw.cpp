@@ -149,16 +149,26 @@ void Darken16(unsigned char *pRow, xlong lPixels, xlong lSteps)
     }
 }
 
-// What the clamp table gives from place ucStart on, without reading it.
-void Darken24(unsigned char *pRow, size_t ulBytes, unsigned char ucStart)
+// The clamp table's values from place ucStart on are a subtraction, unless a
+// host has put others there.
+bool IsSubtraction(unsigned char ucStart)
 {
-    if (!ucStart)
+    bool bPlain = true;
+    for (int i = 0; i < 256; ++i)
+        bPlain &= glb->m_ClampTable[ucStart + i] == (ucStart + i > 256 ? ucStart + i - 256 : 0);
+    return bPlain;
+}
+
+// @param bPlain  IsSubtraction
+void Darken24(unsigned char *pRow, size_t ulBytes, unsigned char ucStart, bool bPlain)
+{
+    if (!ucStart && bPlain)
     {
         memset(pRow, 0, ulBytes);
         return;
     }
     const __m128i xLess = _mm_set1_epi8((char)(256 - ucStart));
-    for (; ulBytes >= 16; ulBytes -= 16, pRow += 16)
+    for (; bPlain && ulBytes >= 16; ulBytes -= 16, pRow += 16)
         _mm_storeu_si128((__m128i *)pRow, _mm_subs_epu8(_mm_loadu_si128((const __m128i *)pRow), xLess));
     for (; ulBytes; --ulBytes, ++pRow)
         *pRow = glb->m_ClampTable[ucStart + *pRow];
@@ -277,6 +287,7 @@ void CScreenBase::FillRectAlpha(xlong lX, xlong lY, xlong lWidth, xlong lHeight,
     // Of the negative amount the low byte counts: 0 percent points at the
     // table's zeros.
     const unsigned char ucStart = IsClampTableBuilt() ? (unsigned char)-(lPercent * 255 / 100) : 0;
+    const bool bPlain = lDepth == 24 && IsSubtraction(ucStart);
     const xlong lColumns = area.lWidth;
     unsigned char *pRow = area.pRow;
     for (xlong lRows = area.lHeight; lRows; --lRows, pRow += m_pMode->lRowBytes)
@@ -284,7 +295,7 @@ void CScreenBase::FillRectAlpha(xlong lX, xlong lY, xlong lWidth, xlong lHeight,
         if (lDepth == 16)
             Darken16(pRow, lColumns, lSteps);
         else
-            Darken24(pRow, (size_t)lColumns * 3, ucStart);
+            Darken24(pRow, (size_t)lColumns * 3, ucStart, bPlain);
     }
 }
 

@@ -68,7 +68,7 @@ SVmode *NewMode(xlong lWidth, xlong lHeight, xlong lDepth, xlong lKind, xlong lI
     pMode->lHeight = lHeight;
     pMode->lDepth = lDepth;
     pMode->lBytesPerPixel = lDepth / 8;
-    pMode->lRowBytes = lWidth * pMode->lBytesPerPixel;
+    pMode->lRowBytes = (lWidth * pMode->lBytesPerPixel + 3) & ~3; // as GDI lays its rows
     pMode->lIndexed = lDepth == 8;
     if (lDepth == 16)
     {

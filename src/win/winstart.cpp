@@ -23,6 +23,8 @@
 #include "tarvix/window.h"
 #include "win/win32.h"
 
+#include <string.h>
+
 #include <algorithm>
 #include <stdint.h>
 
@@ -95,6 +97,17 @@ bool CreateScreenWindow()
     UpdateWindow(sglb->m_hWnd);
     sglb->m_hDC = GetDC(sglb->m_hWnd);
     return sglb->m_hDC != nullptr;
+}
+
+// Says what the system says, which is the one who knows.
+xlong ReportSystemError()
+{
+    char szText[256];
+    if (!FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, GetLastError(), 0, szText,
+                        sizeof(szText), nullptr))
+        return 0;
+    szText[strcspn(szText, "\r\n")] = 0;
+    return glb->m_Error.SetErrorf("%s", szText);
 }
 
 // A screen that can't run leaves the list and its place in the globals.
@@ -238,7 +251,7 @@ xlong xInit(int nArgs, char **const ppszArgs)
     if (!RegisterWindowClass())
         return xErrorTxt("RegisterClass failed");
     if (!CreateScreenWindow())
-        return 0;
+        return ReportSystemError();
     OfferScreen(sglb->m_pDibScreen);
 #ifdef _WIN32
     // The relative name is meant: the program's own folder has to hold a copy.

@@ -92,6 +92,17 @@ TEST_F(CDrawTest, FillRectAlphaFollowsTheTables)
     }
 }
 
+TEST_F(CDrawTest, FillRectAlphaSeesWhatAHostPutsIntoTheTable)
+{
+    SetMode(640, 480, 24);
+    glb->m_ClampTable[129 + 200] = 77; // 50 percent of 200
+    unsigned char *const pFrame = Screen()->LockScreenBuffer();
+    memset(pFrame, 200, 640 * 3);
+    Screen()->FillRectAlpha(0, 0, 100, 1, 50);
+    EXPECT_EQ(std::vector<unsigned char>(300, 77), std::vector<unsigned char>(pFrame, pFrame + 300));
+    EXPECT_EQ(200, pFrame[300]);
+}
+
 TEST_F(CDrawTest, EveryShadeOfEveryColourEqualsTheCube)
 {
     SetMode(640, 480, 16);

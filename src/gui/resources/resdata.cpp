@@ -2,6 +2,7 @@
 
 #include "tarvix/resdata.h"
 
+#include "core/walk.h"
 #include "gui/resources/resrecord.h"
 #include "tarvix/error.h"
 #include "tarvix/file.h"
@@ -84,6 +85,11 @@ void ResetBitmaps(CBitmap **ppBitmaps, int nCount, const CLList &list)
             ppBitmaps[n] = nullptr;
 }
 
+size_t NextSum(size_t ulSum, const TResDefine *pDefine)
+{
+    return ulSum * 31 + (size_t)pDefine;
+}
+
 void ResetDefaults(CWinCtrl &manager, const CResData &res)
 {
     static const int s_nFrame[4] = { 4, 4, 4, 4 }, s_nTitlebar[4] = { 5, 6, 6, 5 }, s_nButton[4] = { 0, 1, 2, 3 };
@@ -100,7 +106,7 @@ void ResetDefaults(CWinCtrl &manager, const CResData &res)
 }
 } // namespace
 
-CResData::CResData() : m_Chains() {}
+CResData::CResData() : m_Chains(), m_ulChained(0) {}
 
 CResData::~CResData()
 {
@@ -173,7 +179,7 @@ xlong CResData::Free()
         FreeCntrlAnim(((TResAnim *)m_listAnims.Get())->pAnim);
     DeleteAll<TResAnim>(m_listAnims);
     DeleteAll<TResDefine>(m_listDefines);
-    memset(m_Chains, 0, sizeof(m_Chains));
+    FollowDefines();
     DeleteAll<TBitmapRes>(m_listBitmaps);
     DeleteAll<TResValue>(m_listValues);
     DeleteAll<TResCntrlColor>(m_listCntrlColors);
@@ -192,6 +198,29 @@ CResData::TChain &CResData::ChainOf(const char *pszName)
     for (; *pszName; ++pszName)
         ulHash = ulHash * 31 + (xulong)(*pszName | 32);
     return m_Chains[(ulHash ^ ulHash >> 8) & 255];
+}
+
+void CResData::Chain(TResDefine *pDefine)
+{
+    TChain &chain = ChainOf(pDefine->szName);
+    (chain.pFirst ? chain.pLast->pNext : chain.pFirst) = pDefine;
+    chain.pLast = pDefine;
+    pDefine->pNext = nullptr;
+    m_ulChained = NextSum(m_ulChained, pDefine);
+}
+
+// Chains anew when records have come, gone or changed places.
+void CResData::FollowDefines()
+{
+    size_t ulSum = 0;
+    for (const TResDefine *pDefine : Each<TResDefine>(m_listDefines))
+        ulSum = NextSum(ulSum, pDefine);
+    if (ulSum == m_ulChained)
+        return;
+    memset(m_Chains, 0, sizeof(m_Chains));
+    m_ulChained = 0;
+    for (TResDefine *pDefine : Each<TResDefine>(m_listDefines))
+        Chain(pDefine);
 }
 
 xlong CResData::EnterDataChunk()
@@ -214,6 +243,7 @@ char *CResData::GetResName(xlong lId)
 
 xlong CResData::GetResId(const char *pszName, xlong *plId)
 {
+    FollowDefines();
     for (const TResDefine *pDefine = pszName ? ChainOf(pszName).pFirst : nullptr; pDefine; pDefine = pDefine->pNext)
         if (!xStricmp(pDefine->szName, pszName))
         {

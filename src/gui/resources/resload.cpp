@@ -100,14 +100,11 @@ xlong CResData::AddDefine(const char *pszName, xlong lId)
     if (!define)
         return xError(XERR_MEMORY);
     define->lId = lId;
-    define->pNext = nullptr;
     TakeName(define->szName, pszName);
     TResDefine *const pDefine = define.Get();
     if (!define.GiveTo(m_listDefines))
         return 0;
-    TChain &chain = ChainOf(pszName);
-    (chain.pFirst ? chain.pLast->pNext : chain.pFirst) = pDefine;
-    chain.pLast = pDefine;
+    Chain(pDefine);
     return 1;
 }
 

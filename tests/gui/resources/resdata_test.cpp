@@ -594,6 +594,30 @@ TEST_F(CResDataTest, DefaultsAreSetAndGoWithTheirOwner)
     EXPECT_EQ(TRGBA(255, 0, 0), manager.m_pDefFrameColors[0]->crFace) << "a button sets the frame's colours";
 }
 
+TEST_F(CResDataTest, LookUpsFollowWhatAHostChanges)
+{
+    CResData res;
+    ASSERT_EQ(1, res.Import("{ = Defines\nA = 1\nB = 2\nC = 3\n}\n"));
+    CLList &defines = res.m_listDefines;
+    xlong lId = 0;
+    for (defines.First(); std::string(((TResDefine *)defines.Get())->szName) != "B"; defines.Next())
+        continue;
+    // One goes and another comes in its place, as many as before.
+    TResDefine mine = { 7, "New", nullptr };
+    defines.DeleteData();
+    defines.Delete();
+    defines.InsertFirst(&mine);
+    EXPECT_EQ(0, res.GetResId("B", &lId));
+    EXPECT_EQ(1, res.GetResId("new", &lId));
+    EXPECT_EQ(7, lId);
+    EXPECT_EQ(1, res.GetResId("C", &lId));
+    EXPECT_EQ(3, lId);
+    defines.DeleteItem(&mine);
+    EXPECT_EQ(0, res.GetResId("new", &lId));
+    defines.KillAllData();
+    EXPECT_EQ(0, res.GetResId("C", &lId));
+}
+
 TEST_F(CResDataTest, LoadRunsOutOfMemoryWithoutLoss)
 {
     WriteFile("whole.rc", s_szWhole);

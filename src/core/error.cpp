@@ -98,10 +98,13 @@ xlong CErrorBase::SetErrorf(const char *pszFormat, ...)
     int nLen = -1;
     if (glb)
     {
+        // The arguments may quote the text that stands in the buffer.
+        char szText[sizeof(glb->m_szErrorBuffer)];
         va_list args;
         va_start(args, pszFormat);
-        nLen = vsnprintf(glb->m_szErrorBuffer, sizeof(glb->m_szErrorBuffer), pszFormat, args);
+        nLen = vsnprintf(szText, sizeof(szText), pszFormat, args);
         va_end(args);
+        memcpy(glb->m_szErrorBuffer, szText, sizeof(szText));
     }
     if (nLen >= 0 && nLen < s_nMaxText)
         m_pszErrorTxt = glb->m_szErrorBuffer;

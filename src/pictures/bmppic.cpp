@@ -14,6 +14,8 @@
 
 namespace
 {
+const char s_szNoError[] = "BMP - No error";
+
 enum
 {
     BMP_TYPE = 0x4d42, // "BM"
@@ -139,7 +141,7 @@ xlong WritePalette(CFile *pFile, const CPalette &palette)
 
 CBMPPic::CBMPPic() : m_bCrypt(0)
 {
-    m_pszError = "BMP - No error";
+    m_pszError = s_szNoError;
     if (glb && glb->m_pPicTypeList)
         glb->m_pPicTypeList->Register(this);
 }
@@ -148,6 +150,7 @@ xlong CBMPPic::Load(CFile *pFile, CBitmapBase *pBitmap, void *pParameters)
 {
     if (glb->m_pfnLoadData)
         glb->m_pfnLoadData();
+    m_pszError = s_szNoError;
     m_bCrypt = IsScrambled(pFile, BMP_TYPE, 0xffff);
     unsigned char aucHeaders[BMP_FILE_HEADER + BMP_INFO_HEADER];
     if (!FileRead(pFile, aucHeaders, sizeof aucHeaders))
@@ -208,7 +211,11 @@ xlong CBMPPic::Load(const char *pszFileName, CBitmapBase *pBitmap, void *pParame
 {
     CFile file;
     if (!file.Open(pszFileName, FILE_READ))
+    {
+        // CBitmap::Load hands on the type's text.
+        m_pszError = glb->m_szErrorBuffer;
         return glb->m_Error.SetErrorf("BMP - Unable to open \"%s\"", pszFileName);
+    }
     const xlong lOk = Load(&file, pBitmap, nullptr);
     file.Close();
     return lOk;

@@ -69,7 +69,11 @@ xlong CJPGPic::Load(const char *pszFileName, CBitmapBase *pBitmap, void *pParame
 {
     CFile file;
     if (!file.Open(pszFileName, FILE_READ))
+    {
+        // CBitmap::Load hands on the type's text.
+        m_pszError = glb->m_szErrorBuffer;
         return glb->m_Error.SetErrorf("JPG - Unable to open \"%s\"", pszFileName);
+    }
     const xlong lOk = Load(&file, pBitmap, nullptr);
     file.Close();
     return lOk;
@@ -80,6 +84,7 @@ xlong CJPGPic::Load(CFile *pFile, CBitmapBase *pBitmap, void *pParameters)
     if (glb->m_pfnLoadData)
         glb->m_pfnLoadData();
     Free();
+    m_pszError = s_szNoError;
     m_pFile = pFile;
     m_pBitmap = pBitmap;
     m_bCrypt = IsScrambled(pFile, START_OF_IMAGE << 8, 0xff00);
@@ -88,6 +93,8 @@ xlong CJPGPic::Load(CFile *pFile, CBitmapBase *pBitmap, void *pParameters)
                       ReadMarkers() == FRAME && DecodeFrame();
     ReturnRaw();
     Free();
+    if (!lOk && m_pszError == s_szNoError)
+        m_pszError = "JPG - Damaged or cut off";
     return lOk;
 }
 

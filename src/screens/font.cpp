@@ -362,11 +362,11 @@ xlong CFont::MakeScreenBitmap()
     if (!m_pScreenBitmap)
         return xError(XERR_MEMORY);
     if (!CreateForScreen(m_pScreenBitmap, m_pFontBitmap->m_lWidth, m_pFontBitmap->m_lHeight))
-        return 0;
+        return xError(XERR_MEMORY);
     ClipToAll(*m_pScreenBitmap);
     m_pScreenBitmap->Blt(m_pFontBitmap, 0, 0, 0, 0, -1, -1, 0, 0, 0);
     if (ActiveMode() && !glb->m_pScreen->MakeScreenFormat(m_pScreenBitmap, 1))
-        return 0;
+        return xError(XERR_MEMORY);
     ClipToAll(*m_pScreenBitmap);
     return 1;
 }

@@ -68,6 +68,10 @@ TEST(ErrorTest, TheWholeReportInEveryForm)
 TEST(ErrorTest, FormattedTextsAreLimited)
 {
     CTestGlobals globals;
+    glb->m_Error.SetErrorf("the %s", "cause");
+    glb->m_Error.SetErrorf("%s, because of %s", "It failed", glb->m_Error.GetError(nullptr));
+    EXPECT_NE(std::string::npos, LastError().find("It failed, because of")) << LastError();
+    EXPECT_NE(std::string::npos, LastError().find("the cause")) << LastError();
     EXPECT_EQ(0, glb->m_Error.SetErrorf("%s", std::string(1948, 'x').c_str()));
     EXPECT_EQ(std::string(1948, 'x'), LastError());
     for (size_t ulLen : { 1949u, 2047u, 2048u, 100000u })

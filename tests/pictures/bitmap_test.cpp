@@ -396,7 +396,7 @@ TEST_F(CBitmapTest, SavesUnderNumbers)
     EXPECT_EQ(0, bitmap.Load("shot.xyz", 0));
     EXPECT_EQ(XERR_PICTURE_FORMAT, glb->m_Error.GetErrCode());
     EXPECT_EQ(0, bitmap.Load("missing.bmp", 0));
-    EXPECT_EQ("BMP - No error", LastError());
+    EXPECT_EQ("BMP - Unable to open \"missing.bmp\"", LastError());
 }
 
 TEST_F(CBitmapTest, MembersAndOperationsLieWhereHostsLookForThem)

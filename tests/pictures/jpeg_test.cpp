@@ -603,6 +603,10 @@ TEST_F(CDjpeg, Qualities)
     ASSERT_TRUE(Run("cjpeg -progressive in.ppm > x.jpg"));
     EXPECT_EQ(0, m_Bitmap.Load("x.jpg", 0));
     EXPECT_EQ("Unhandle jpeg format. We only support baseline jpegs!", LastError());
+    // The next failure has a text of its own.
+    WriteFile("cut.jpg", "\xff\xd8");
+    EXPECT_EQ(0, m_Bitmap.Load("cut.jpg", 0));
+    EXPECT_EQ("JPG - Damaged or cut off", LastError());
 }
 #endif
 } // namespace

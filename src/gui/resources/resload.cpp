@@ -61,21 +61,60 @@ bool ScanByte(const char *&psz, unsigned char *pucValue)
     *pucValue = (unsigned char)ulValue;
     return true;
 }
+
+// A report with its text, to be put back later.
+struct TReport
+{
+    void Take()
+    {
+        const CErrorBase &error = glb->m_Error;
+        lCode = error.m_lErrCode;
+        lSysCode = error.m_lSysErrCode;
+        pszText = error.m_pszErrorTxt;
+        pszFile = error.m_pszFile;
+        lLine = error.m_lLine;
+        memcpy(szBuffer, glb->m_szErrorBuffer, sizeof(szBuffer));
+    }
+    void Give() const
+    {
+        CErrorBase &error = glb->m_Error;
+        error.m_lErrCode = lCode;
+        error.m_lSysErrCode = lSysCode;
+        error.m_pszErrorTxt = pszText;
+        error.m_pszFile = pszFile;
+        error.m_lLine = lLine;
+        memcpy(glb->m_szErrorBuffer, szBuffer, sizeof(szBuffer));
+    }
+
+    xlong lCode, lSysCode, lLine;
+    const char *pszText, *pszFile;
+    char szBuffer[sizeof(SGlobals::m_szErrorBuffer)];
+};
 } // namespace
 
 xlong CResData::SetupResources()
 {
+    static xlong (CResData::*const s_Setups[])() = {
+        &CResData::SetupDefines,   &CResData::SetupStrings, &CResData::SetupValues,
+        &CResData::SetupPalette,   &CResData::LoadFonts,    &CResData::LoadBitmaps,
+        &CResData::LoadAnimations, &CResData::SetupColors,  &CResData::SetupDefaults,
+    };
     RestartMode(0);
-    // What fails keeps its report; the others are tried all the same.
-    SetupDefines();
-    SetupStrings();
-    SetupValues();
-    SetupPalette();
-    LoadFonts();
-    LoadBitmaps();
-    LoadAnimations();
-    SetupColors();
-    SetupDefaults();
+    // What fails keeps its report; the others are tried all the same. The first
+    // report is the cause, and those of later sections mostly its consequences.
+    TReport report;
+    report.Take();
+    glb->m_Error.Clear();
+    bool bFailed = false;
+    for (const auto pfnSetup : s_Setups)
+    {
+        (this->*pfnSetup)();
+        if (bFailed || !glb->m_Error.GetErrCode())
+            continue;
+        report.Take();
+        bFailed = true;
+    }
+    report.Give();
     RestartMode(1);
     for (const TResSection &section : xResGrammar().Sections)
     {

@@ -108,6 +108,19 @@ TEST_F(CResPictureTest, BitmapsThatFailKeepThoseBefore)
     ASSERT_EQ(1, res.Import("{ = Palette\nP = pic.bmp\n}\n"));
 }
 
+TEST_F(CResPictureTest, TheFirstReportIsTheCause)
+{
+    WriteFile("damaged.xbf", "nothing of a font");
+    CResData res;
+    glb->m_Error.Clear();
+    ASSERT_EQ(1, res.Import("{ = Fonts\nF = damaged.xbf\n}\n{ = Bitmaps\nB = missing.bmp, 0, 0, 1, 1\n}\n"
+                            "{ = Defaults\nFont = F\n}\n"));
+    EXPECT_EQ("\"damaged.xbf\" isnt a XIFF file", LastError());
+    glb->m_Error.SetErrorf("of %s", "before");
+    ASSERT_EQ(1, res.Import("{ = Defines\nA = 1\n}\n"));
+    EXPECT_EQ("of before", LastError()) << "nothing fails";
+}
+
 TEST_F(CResPictureTest, FramesLieRowByRow)
 {
     const struct

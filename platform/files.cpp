@@ -312,7 +312,7 @@ FILE *PlatformOpenFile(const char *pszPath, const char *pszMode)
 {
     char szReal[PATH_MAX];
     struct stat info;
-    if (!ResolvePath(pszPath, szReal))
+    if (!(pszMode[0] == 'w' ? ResolveNewPath(pszPath, szReal) : ResolvePath(pszPath, szReal)))
         return nullptr;
     FILE *pFile = fopen(szReal, pszMode);
     // A folder opens for reading here, and then can't be read.

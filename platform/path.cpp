@@ -155,6 +155,38 @@ bool ResolvePath(const char *pszPath, char *pszReal)
     return true;
 }
 
+bool ResolveNewPath(const char *pszPath, char *pszReal)
+{
+    const size_t ulLength = pszPath ? strlen(pszPath) : 0;
+    size_t ulName = ulLength;
+    while (ulName && pszPath[ulName - 1] != '/' && pszPath[ulName - 1] != '\\')
+        --ulName;
+    if (!ulName || ulName == ulLength || ulLength >= PATH_MAX)
+    {
+        if (!ulLength || ulName)
+            return ResolvePath(pszPath, pszReal);
+        if (ulLength >= PATH_MAX)
+        {
+            errno = ENAMETOOLONG;
+            return false;
+        }
+        strcpy(pszReal, pszPath);
+        return true;
+    }
+    char szFolder[PATH_MAX];
+    memcpy(szFolder, pszPath, ulName);
+    szFolder[ulName] = 0;
+    if (!ResolvePath(szFolder, pszReal))
+        return false;
+    if (strlen(pszReal) + ulLength - ulName >= PATH_MAX)
+    {
+        errno = ENAMETOOLONG;
+        return false;
+    }
+    strcat(pszReal, pszPath + ulName);
+    return true;
+}
+
 bool ParentExists(const char *pszReal)
 {
     char szParent[PATH_MAX];

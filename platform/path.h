@@ -12,6 +12,10 @@
 /// @return false, with errno set, for a null, empty or too long path
 TARVIX_INTERNAL bool ResolvePath(const char *pszPath, char *pszReal);
 
+/// The same for a file that is to be made: its last part stays as it is written,
+/// as another spelling is another file.
+bool ResolveNewPath(const char *pszPath, char *pszReal);
+
 /// Whether the folder that a resolved path lies in exists.
 bool ParentExists(const char *pszReal);
 

@@ -227,5 +227,10 @@ TARVIX_INTERNAL int _chmod(const char *pszPath, int nMode);
 /// fopen, remove and rename with the rules above; the cause of a failure is in
 /// errno, as with the runtime's own.
 TARVIX_INTERNAL FILE *PlatformOpenFile(const char *pszPath, const char *pszMode);
+// What CWholeFile needs, see core/openfile.h.
+TARVIX_INTERNAL bool PlatformWholeTarget(const char *pszPath, char *pszTarget, size_t ulSize, bool *pbDirect);
+TARVIX_INTERNAL int PlatformMakePart(const char *pszPart, const char *pszTarget);
+TARVIX_INTERNAL bool PlatformReplaceFile(const char *pszPart, const char *pszTarget);
+TARVIX_INTERNAL void PlatformRemovePart(const char *pszPart);
 TARVIX_INTERNAL int PlatformRemoveFile(const char *pszPath);
 TARVIX_INTERNAL int PlatformRenameFile(const char *pszOldPath, const char *pszNewPath);

@@ -23,7 +23,7 @@ win: core pictures screens input gui
 # ROOM: its public headers. What the umbrellas gather has a room of its own.
 headers='
 core: avl byteorder error file globals llist memory memorytrack misc msgsys objpool rect start strings systemdirs
-core: systemfiles systemshell timer types version
+core: systemfiles systemshell timer types version wholefile
 coders: base64 bitfile crc crypt lzss rle
 files: archive cachedlog xiff
 kcbl: kcbl

@@ -70,9 +70,25 @@ check_pres() {
     expect 1 pres pack empty.rc kept.rc
 }
 
+check_tvpack_case() {
+    mkdir -p case/A case/a
+    printf 1 >case/B.txt
+    printf 2 >case/b.txt
+    expect 0 tvpack create case.pak -C case B.txt b.txt
+    mkdir -p case/out
+    printf 3 >case/out/B.TXT
+    expect 0 tvpack extract case.pak --to case/out
+    [ "$(cat case/out/B.txt case/out/b.txt case/out/B.TXT)" = 123 ] || fail "tvpack mixes names up: $(ls case/out)"
+    printf 4 >case/A/c.txt
+    printf 5 >case/a/c.txt
+    expect 1 tvpack create case.pak -C case A a
+    grep -q 'differ in case alone' err || fail "tvpack: $(cat err)"
+}
+
 check_tvpack() {
     local n size
     check_help tvpack
+    [ "$target" = win32 ] || check_tvpack_case
     mkdir -p in/dir/deep in/empty
     for n in $(seq 1000); do
         size=$((n * 37 % 9000))
@@ -153,6 +169,7 @@ check_kcbl() {
     grep -o '^bad.txt:[0-9:]*' out | tr -d '\r' | tr '\n' ' ' >places
     [ "$(cat places)" = "bad.txt:3:7: bad.txt:4:9: bad.txt:6:1: bad.txt:7:5: bad.txt:8:1: " ] || fail "kcbl check: $(cat places)"
     grep -q '^      b = "cut' out || fail "kcbl check does not show the line"
+    grep -q "4 faults in 1 of 2 files" err || fail "kcbl check: $(cat err)"
     # Places behind what is easily miscounted: ends of lines, an escaped quote, commas in an array, a comment
     # behind a comma.
     printf '; script\r\n{ = Colors\r\nD = "a\\", 2", mauve\r\nE = { 1, 2 }, mauve\r\n' >places.rc
@@ -161,7 +178,16 @@ check_kcbl() {
     grep '^places.rc:' out | tr -d '\r' | cut -d: -f 2- | tr '\n' ';' >places
     [ "$(cat places)" = '3:5: unknown colour "a", 2";3:15: unknown colour "mauve";4:5: unknown colour "{...}";4:15: unknown colour "mauve";6:5: unknown colour "mauve";' ] ||
         fail "kcbl check: $(cat places)"
-    grep -q "4 faults in 1 of 2 files" err || fail "kcbl check: $(cat err)"
+    if [ "$target" = linux ]; then
+        # Behind a link, with the mode that it had, beside a file that has the name in between.
+        printf 'B   =  1\n' >real.txt
+        chmod 640 real.txt
+        ln -sf real.txt link.txt
+        printf 'kept' >real.txt.part
+        expect 0 kcbl fmt link.txt
+        [ -L link.txt ] && [ "$(stat -c %a real.txt)" = 640 ] && [ "$(cat real.txt.part)" = kept ] ||
+            fail "kcbl fmt: $(ls -l link.txt real.txt real.txt.part)"
+    fi
     expect 1 kcbl check missing.txt
     expect 2 kcbl fmt --widht 3 good.txt
 

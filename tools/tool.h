@@ -4,6 +4,7 @@
 #include "tarvix/globals.h"
 #include "tarvix/start.h"
 #include "tarvix/strings.h"
+#include "tarvix/wholefile.h"
 
 #include <stdio.h>
 
@@ -89,21 +90,17 @@ inline bool ReadWhole(const std::string &strPath, std::string &strBytes)
     return file.good() || file.eof();
 }
 
-/// Under another name first: a failure leaves the old file as it was.
+/// The whole file or none: a failure leaves the old one as it was.
 inline bool WriteWhole(const std::string &strPath, const std::string &strBytes)
 {
-    const std::string strPart = strPath + ".part";
+    CWholeFile whole;
+    if (!whole.Begin(strPath.c_str()))
+        return false;
     {
-        std::ofstream file(strPart, std::ios::binary);
+        std::ofstream file(whole.GetPath(), std::ios::binary);
         file << strBytes;
         if (!file.flush())
-        {
-            remove(strPart.c_str());
             return false;
-        }
     }
-#ifdef _WIN32
-    remove(strPath.c_str());
-#endif
-    return rename(strPart.c_str(), strPath.c_str()) == 0;
+    return whole.Commit() != 0;
 }

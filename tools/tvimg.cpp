@@ -247,21 +247,8 @@ int Convert(const CTool &tool, const TOptions &options, TTypes &types)
         bOk = bitmap.ConvertRGB(-1, -1, 24, 8, 8, 8, 0, 8, 16, 0) != 0;
     if (!bOk || !PadRows(bitmap, padded))
         return tool.Fail(options.strIn, "there is not enough memory");
-    // Under another name first: a failure leaves the old file as it was.
-    const std::string strPart = options.strOut + ".part";
-    if (!padded.Save(strPart.c_str(), &types.bmp, nullptr, nullptr, 0))
-    {
-        remove(strPart.c_str());
+    if (!padded.Save(options.strOut.c_str(), &types.bmp, nullptr, nullptr, 0))
         return tool.Fail(options.strOut, "the file can't be written");
-    }
-#ifdef _WIN32
-    remove(options.strOut.c_str());
-#endif
-    if (rename(strPart.c_str(), options.strOut.c_str()))
-    {
-        remove(strPart.c_str());
-        return tool.Fail(options.strOut, "the file can't be replaced");
-    }
     return EXIT_GOOD;
 }
 

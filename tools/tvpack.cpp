@@ -4,11 +4,13 @@
 #include "tool.h"
 
 #include "tarvix/archive.h"
+#include "tarvix/wholefile.h"
 
 #include <string.h>
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 
 #ifdef _WIN32
 #include <io.h>
@@ -121,6 +123,26 @@ bool Gather(const TOptions &options, std::vector<std::string> &names, std::strin
     return true;
 }
 
+// Two names of which one file would be made: in the same case everywhere on
+// Windows, elsewhere where folders differ in case, which are found in any.
+// @return empty, or what is wrong
+std::string FindClash(const std::vector<std::string> &names)
+{
+    std::map<std::string, std::string> seen;
+    for (const std::string &strName : names)
+    {
+        const auto [it, bNew] = seen.emplace(Lower(strName), strName);
+        if (bNew || it->second == strName)
+            continue;
+#ifndef _WIN32
+        if (fs::path(strName).parent_path() == fs::path(it->second).parent_path())
+            continue;
+#endif
+        return "the names \"" + it->second + "\" and \"" + strName + "\" differ in case alone";
+    }
+    return "";
+}
+
 int Create(const CTool &tool, const TOptions &options)
 {
     std::vector<std::string> names;
@@ -129,6 +151,8 @@ int Create(const CTool &tool, const TOptions &options)
         return tool.Fail(strBad, "there is no such file or folder");
     if (names.empty())
         return tool.Fail(options.strArchive, "there is nothing to pack");
+    if (const std::string strClash = FindClash(names); !strClash.empty())
+        return tool.Fail(options.strArchive, strClash);
     const auto Source = [&](const std::string &strName)
     { return options.strFrom.empty() ? strName : (fs::path(options.strFrom) / strName).string(); };
     for (const std::string &strName : names)
@@ -143,9 +167,9 @@ int Create(const CTool &tool, const TOptions &options)
     if (options.bDryRun)
         return EXIT_GOOD;
 
-    const std::string strPart = options.strArchive + ".part";
+    CWholeFile whole;
     CArchive archive;
-    if (!archive.OpenNew(strPart.c_str()))
+    if (!whole.Begin(options.strArchive.c_str()) || !archive.OpenNew(whole.GetPath()))
         return tool.Fail(options.strArchive, "the archive can't be written");
     if (s_Progress.bShown)
         archive.SetCallback(ShowPacking, 100);
@@ -158,7 +182,6 @@ int Create(const CTool &tool, const TOptions &options)
         if (!archive.AddFile(Source(strName).c_str(), strName.c_str()))
         {
             archive.Close();
-            fs::remove(strPart, error);
             s_Progress.Clear();
             return tool.FailWithReport(strName, "the file can't be packed");
         }
@@ -166,9 +189,7 @@ int Create(const CTool &tool, const TOptions &options)
     }
     archive.Close();
     s_Progress.Clear();
-    std::error_code error;
-    fs::rename(strPart, options.strArchive, error);
-    return error ? tool.Fail(options.strArchive, "the archive can't be written") : EXIT_GOOD;
+    return whole.Commit() ? EXIT_GOOD : tool.Fail(options.strArchive, "the archive can't be written");
 }
 
 xlong NoteEntry(const TArchiveEntry *pEntry, void *pUser)
@@ -209,6 +230,11 @@ int Extract(const CTool &tool, const TOptions &options)
         if (options.bDryRun)
             printf("%s\n", entry.strName.c_str());
     }
+    std::vector<std::string> names;
+    for (const TEntry &entry : entries)
+        names.push_back(entry.strName);
+    if (const std::string strClash = FindClash(names); !strClash.empty())
+        return tool.Fail(options.strArchive, strClash);
     if (options.bDryRun)
         return bWhole ? EXIT_GOOD : tool.Fail(options.strArchive, "the archive is damaged behind these");
     CArchive archive;

@@ -335,24 +335,6 @@ std::string MakeFont(const TGlyphs &glyphs, const TOptions &options, TFont &made
     return "";
 }
 
-/// Written under another name first: a failure leaves the old file as it was.
-bool SaveFont(TFont &made, const std::string &strOut)
-{
-    const std::string strPart = strOut + ".part";
-    if (!made.font.Save(strPart.c_str(), 0))
-    {
-        remove(strPart.c_str());
-        return false;
-    }
-#ifdef _WIN32
-    remove(strOut.c_str());
-#endif
-    if (!rename(strPart.c_str(), strOut.c_str()))
-        return true;
-    remove(strPart.c_str());
-    return false;
-}
-
 /// The text as the font draws it, on a dark ground and coloured on two others.
 int WritePreview(const CTool &tool, const TOptions &options)
 {
@@ -461,7 +443,7 @@ int main(int argc, char **argv)
     if (!strWhy.empty())
         return tool.Fail(options.strFont, strWhy);
     glb->m_Error.Clear();
-    if (!SaveFont(made, options.strOut))
+    if (!made.font.Save(options.strOut.c_str(), 0))
         return tool.FailWithReport(options.strOut, "the file can't be written");
     printf("%s: %d characters, cells of %d pixels in height\n", options.strOut.c_str(), (int)glyphs.size(),
            made.font.m_sHeight);

@@ -88,6 +88,7 @@ public:
     /// @param sFlags  FILE_SEEK_..., alone or with FILE_ABSOLUTE
     xlong Seek(xlong lOffset, short sFlags) override;
     /// @param lFlags  0 or FILE_ABSOLUTE
+    /// @return 0 with XERR_FILE_POS, also behind 2 GB, as GetSize for larger files
     xlong GetPos(xulong *pulPos, xlong lFlags) override;
     xlong GetSize(xulong *pulSize) override;
     /// One line with its line ending.

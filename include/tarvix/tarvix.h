@@ -56,6 +56,7 @@
 #include "tarvix/types.h"
 #include "tarvix/url.h"
 #include "tarvix/version.h"
+#include "tarvix/wholefile.h"
 #include "tarvix/winctrl.h"
 #include "tarvix/window.h"
 #include "tarvix/xiff.h"

@@ -188,12 +188,14 @@ struct TMemoryInput
 struct TFileInput
 {
     CFile *pFile;
+    uint64_t ullRead;
 
     size_t Read(unsigned char *pTo, size_t ulMost)
     {
         size_t ul = 0;
         while (ul < ulMost && pFile->ReadByte((signed char *)pTo + ul))
             ++ul;
+        ullRead += ul;
         return ul;
     }
 };
@@ -388,11 +390,12 @@ xlong CLzss::Expand(const char *pszSource, const char *pszDest)
 
 xlong CLzss::CompressFile(CFile *pSource, CBitFile *pDest)
 {
-    xulong ulSize = 0;
-    if (!pSource->GetSize(&ulSize))
+    xulong ulSize = 0, ulPos = 0;
+    if (!pSource->GetSize(&ulSize) || !pSource->GetPos(&ulPos, FILE_ABSOLUTE))
         return 0;
-    TFileInput input = { pSource };
-    return CompressRun(input, ulSize, *pDest) && pDest->Flush();
+    TFileInput input = { pSource, 0 };
+    // What could not be read would be missing without a word.
+    return CompressRun(input, ulSize, *pDest) && input.ullRead + ulPos >= ulSize && pDest->Flush();
 }
 
 xlong CLzss::ExpandFile(CBitFile *pSource, CFile *pDest)

@@ -207,7 +207,8 @@ xlong CFile::Seek(xlong lOffset, short sFlags)
 xlong CFile::GetPos(xulong *pulPos, xlong lFlags)
 {
     const long lPos = m_pFile ? ftell(m_pFile) : -1;
-    if (lPos == -1)
+    // Places have 31 bits: those behind them would come out as others.
+    if (lPos < 0 || lPos > 0x7fffffff)
         return xError(XERR_FILE_POS);
     *pulPos = (xulong)lPos;
     if (!(lFlags & FILE_ABSOLUTE))
@@ -219,7 +220,10 @@ xlong CFile::GetSize(xulong *pulSize)
 {
     xulong ulPos = 0;
     xulong ulSize = 0;
-    if (!GetPos(&ulPos, 0) || !Seek(0, FILE_SEEK_END) || !GetPos(&ulSize, 0) || !Seek((xlong)ulPos, FILE_SEEK_START))
+    if (!GetPos(&ulPos, 0) || !Seek(0, FILE_SEEK_END))
+        return 0;
+    const xlong lResult = GetPos(&ulSize, 0);
+    if (!Seek((xlong)ulPos, FILE_SEEK_START) || !lResult)
         return 0;
     *pulSize = ulSize;
     return 1;

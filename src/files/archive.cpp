@@ -6,6 +6,7 @@
 #include "tarvix/strings.h"
 #include "tarvix/systemdirs.h"
 #include "tarvix/systemfiles.h"
+#include "tarvix/wholefile.h"
 
 #include <stdint.h>
 #include <string.h>
@@ -17,7 +18,8 @@ const xulong s_ulHeader = 10;
 const xulong s_ulMostExpansion = 8; // no token gives more than 17 bytes for its 17 bits
 const xulong s_ulMostBytes = 0x7fffff00;
 const xulong s_ulLongestName = 0xffff;
-const xulong s_ulSmallestPacked = 2049; // bytes: below, nothing is gained
+const uint64_t s_ulMostArchive = 0x7fffffff; // bytes
+const xulong s_ulSmallestPacked = 2049;      // bytes: below, nothing is gained
 const char *const s_pszPackedTypes[] = { "mp3", "jpg", "xrs" };
 
 bool IsPackedType(const char *pszFile)
@@ -47,8 +49,12 @@ xlong CreateDirs(const char *pszFile)
 
 xlong WriteWhole(const char *pszFile, const void *pData, xulong ulSize)
 {
+    CWholeFile whole;
     CFile file;
-    return file.Open(pszFile, FILE_WRITE) && file.Write(pData, ulSize) && file.Flush();
+    if (!whole.Begin(pszFile) || !file.Open(whole.GetPath(), FILE_WRITE) || !file.Write(pData, ulSize) || !file.Flush())
+        return 0;
+    file.Close();
+    return whole.Commit();
 }
 
 void Trace(const char *pszFormat, const char *psz = "")
@@ -134,6 +140,12 @@ xlong CArchive::AddFile(const char *pszFile, const char *pszStoreAs)
         m_pPacked = m_Lzss.CompressBuffer(m_pSource, &ulData);
         pData = m_pPacked;
         ulPacked = ulData;
+    }
+    // Before anything of it is written: lengths and places in the file have 31 bits.
+    if (pData && (uint64_t)m_ulSize + s_ulHeader + ulName + ulData > s_ulMostArchive)
+    {
+        FreeBuffers();
+        return xErrorTxt("CArchive::AddFile: The archive would grow beyond 2 GB.");
     }
     const xlong lResult = pData && m_pFile->WriteLong((xlong)ulPacked) && m_pFile->WriteLong((xlong)ulSize) &&
                           m_pFile->WriteWord((short)ulName) && m_pFile->Write(pszName, (xulong)ulName) &&

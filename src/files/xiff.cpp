@@ -103,7 +103,8 @@ xlong CXIFF::NextChunk()
 {
     bool bSame;
     xlong lLen = 0;
-    return ReadHeader("", bSame, lLen) && Seek(lLen, FILE_SEEK_CUR);
+    // A negative length would lead back to what was read before.
+    return ReadHeader("", bSame, lLen) && lLen >= 0 && Seek(lLen, FILE_SEEK_CUR);
 }
 
 xlong CXIFF::AddChunk(const char *pszName, xlong lLen)

@@ -3,6 +3,7 @@
 #include "kcbl/kcblitem.h"
 #include "tarvix/error.h"
 #include "tarvix/file.h"
+#include "tarvix/wholefile.h"
 
 #include <algorithm>
 #include <stdint.h>
@@ -420,8 +421,9 @@ xlong CKCBL::ExportSize(xlong *plLen)
 
 xlong CKCBL::Save(const char *pszPath)
 {
+    CWholeFile whole;
     CFile file;
-    if (!file.Open(pszPath, FILE_WRITE))
+    if (!whole.Begin(pszPath) || !file.Open(whole.GetPath(), FILE_WRITE))
         return 0;
     void *pBuffer = nullptr;
     xlong lSize = 0;
@@ -452,6 +454,7 @@ xlong CKCBL::Save(const char *pszPath)
     // What is still buffered may not fit on the disk.
     lResult = lResult && file.Flush();
     file.Close();
+    lResult = lResult && whole.Commit();
     if (lResult)
         kept.Restore();
     return lResult;

@@ -6,6 +6,8 @@
 #include "tarvix/globals.h"
 #include "tarvix/pictype.h"
 #include "tarvix/strings.h"
+#include "tarvix/systemdirs.h"
+#include "tarvix/wholefile.h"
 
 #include <algorithm>
 #include <stdint.h>
@@ -255,14 +257,17 @@ xlong CBMPPic::Save(CFile *pFile, CBitmapBase *pBitmap, void *pParameters, CRect
 
 xlong CBMPPic::Save(const char *pszFileName, CBitmapBase *pBitmap, void *pParameters, CRect *pArea, xlong lFlags)
 {
+    CWholeFile whole;
     CFile file;
-    if (!file.Open(pszFileName, FILE_WRITE | FILE_MAKE_DIRS))
+    // Missing folders are made.
+    if (!(whole.Begin(pszFileName) || (xCreateDirsForFile(pszFileName) && whole.Begin(pszFileName))) ||
+        !file.Open(whole.GetPath(), FILE_WRITE))
         return SetError("BMP - Unable to open file", 0);
     xlong lOk = Save(&file, pBitmap, pParameters, pArea, lFlags);
     if (lOk && !file.Flush())
         lOk = SetError("BMP - Failed to write the file header", 0);
     file.Close();
-    return lOk;
+    return lOk && !whole.Commit() ? SetError("BMP - Failed to write the file header", 0) : lOk;
 }
 
 xlong CBMPPic::IsType(const char *pszName, const char *pszExtension)

@@ -7,6 +7,7 @@
 #include "tarvix/globals.h"
 #include "tarvix/pictype.h"
 #include "tarvix/screen.h"
+#include "tarvix/wholefile.h"
 #include "tarvix/xiff.h"
 
 #include <algorithm>
@@ -104,11 +105,12 @@ xlong CFont::Load(const char *pszFile, short sFlags)
 xlong CFont::Save(const char *pszFile, short sFlags)
 {
     CPicType *const pType = glb->m_pPicTypeList->GetType("x.bmp");
+    CWholeFile whole;
     CXIFF file;
-    if (!pType || !m_pFontBitmap || !file.Open(pszFile, FILE_WRITE) || !file.AddChunk("XBF", 0) ||
-        !file.AddChunk("HEADER", 0) || !file.WriteByte(s_lVersion) || !file.WriteWord(m_sHeight) ||
-        !file.WriteWord(m_sSpacing) || !file.WriteWord(m_sLineHeight) || !file.EndChunk() ||
-        !file.AddChunk("LETTER DATA", 0))
+    if (!pType || !m_pFontBitmap || !whole.Begin(pszFile) || !file.Open(whole.GetPath(), FILE_WRITE) ||
+        !file.AddChunk("XBF", 0) || !file.AddChunk("HEADER", 0) || !file.WriteByte(s_lVersion) ||
+        !file.WriteWord(m_sHeight) || !file.WriteWord(m_sSpacing) || !file.WriteWord(m_sLineHeight) ||
+        !file.EndChunk() || !file.AddChunk("LETTER DATA", 0))
         return 0;
     for (const TChar &c : m_Chars)
         if (!file.WriteWord(c.sX) || !file.WriteWord(c.sY) || !file.WriteWord(c.sWidth) ||
@@ -118,7 +120,10 @@ xlong CFont::Save(const char *pszFile, short sFlags)
         return 0;
     if (!pType->Save(&file, m_pFontBitmap, nullptr, nullptr, 0))
         return xErrorTxt(pType->GetError());
-    return file.EndChunk() && file.EndChunk() && file.Flush();
+    if (!file.EndChunk() || !file.EndChunk() || !file.Flush())
+        return 0;
+    file.Close();
+    return whole.Commit();
 }
 
 xlong CFont::SetFont(CBitmap *pBitmap, const TCharData *pChars, short sFirst, short sHeight, short sSpacing)

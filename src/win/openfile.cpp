@@ -7,3 +7,23 @@ FILE *OpenStream(const char *pszPath, const char *pszMode)
 {
     return pszPath && *pszPath ? PlatformOpenFile(pszPath, pszMode) : nullptr;
 }
+
+bool FindWholeTarget(const char *pszPath, char *pszTarget, bool *pbDirect)
+{
+    return pszPath && *pszPath && PlatformWholeTarget(pszPath, pszTarget, WHOLE_PATH_SIZE, pbDirect);
+}
+
+int MakeWholePart(const char *pszPart, const char *pszTarget)
+{
+    return PlatformMakePart(pszPart, pszTarget);
+}
+
+bool ReplaceWhole(const char *pszPart, const char *pszTarget)
+{
+    return PlatformReplaceFile(pszPart, pszTarget);
+}
+
+void RemoveWholePart(const char *pszPart)
+{
+    PlatformRemovePart(pszPart);
+}

@@ -4,6 +4,8 @@
 #include "tarvix/error.h"
 #include "tarvix/file.h"
 #include "tarvix/globals.h"
+#include "tarvix/systemdirs.h"
+#include "tarvix/wholefile.h"
 #include "win/win32.h"
 
 #include <algorithm>
@@ -53,9 +55,14 @@ xlong xFileSize(const char *pszPath, xulong *pulSize)
 
 xlong xCopyFile(const char *pszTo, const char *pszFrom)
 {
+    // Beside the target: it may be the source itself, under this or another name.
+    CWholeFile whole;
     CFile from, to;
     xulong ulLeft = 0;
-    if (!from.Open(pszFrom, FILE_READ) || !from.GetSize(&ulLeft) || !to.Open(pszTo, FILE_WRITE | FILE_MAKE_DIRS))
+    if (!from.Open(pszFrom, FILE_READ) || !from.GetSize(&ulLeft))
+        return 0;
+    if (!(whole.Begin(pszTo) || (xCreateDirsForFile(pszTo) && whole.Begin(pszTo))) ||
+        !to.Open(whole.GetPath(), FILE_WRITE))
         return 0;
     char buffer[s_ulCopyBlock];
     xlong lResult = 1;
@@ -65,7 +72,8 @@ xlong xCopyFile(const char *pszTo, const char *pszFrom)
         lResult = from.Read(buffer, ulPart) && to.Write(buffer, ulPart);
         ulLeft -= ulPart;
     }
-    return CloseWritten(to, lResult);
+    from.Close();
+    return CloseWritten(to, lResult) && whole.Commit();
 }
 
 xlong xReadFile(const char *pszPath, void *pBuf, xulong ulLen)

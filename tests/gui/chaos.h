@@ -124,7 +124,7 @@ private:
         ++m_nInside;
         if (m_Next() % 4 == 0)
             Act();
-        if (m_Next() % 16 == 0)
+        if (m_Next() % 16 == 5) // a new one comes behind and is called too
             m_pSink = std::make_unique<TSink>(this);
         --m_nInside;
     }

@@ -112,15 +112,17 @@ TEST_F(PlatformFiles, BadPathsFailCleanly)
     EXPECT_EQ((DWORD)ERROR_FILENAME_EXCED_RANGE, GetLastError());
 }
 
-TEST_F(PlatformFiles, WritingMeetsTheExistingFile)
+// In a folder of any case; but a name that differs in case alone is another's.
+TEST_F(PlatformFiles, WritingMakesTheFileThatIsNamed)
 {
     Make("Folder/Text.txt", "old");
     FILE *pFile = PlatformOpenFile("FOLDER\\TEXT.TXT", "wb");
     ASSERT_NE(nullptr, pFile);
     fputs("new", pFile);
     fclose(pFile);
-    EXPECT_EQ("new", Read("Folder/Text.txt"));
-    EXPECT_EQ(1, std::distance(fs::directory_iterator("Folder"), fs::directory_iterator()));
+    EXPECT_EQ("old", Read("Folder/Text.txt"));
+    EXPECT_EQ("new", Read("Folder/TEXT.TXT"));
+    EXPECT_EQ(2, std::distance(fs::directory_iterator("Folder"), fs::directory_iterator()));
     pFile = PlatformOpenFile("folder\\Other.txt", "wb");
     ASSERT_NE(nullptr, pFile);
     fclose(pFile);

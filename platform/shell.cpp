@@ -77,6 +77,14 @@ int StartWith(const char *pszProgram, const char *pszArguments, const char *pszF
     char **ppszArguments = SplitArguments(pszArguments ? pszArguments : "", pszProgram);
     if (!ppszArguments)
         return SE_ERR_OOM;
+    // The desktop's opener knows no paths of the other kind.
+    char szFile[PATH_MAX];
+    struct stat info;
+    const char *const pszName = strrchr(pszProgram, '/');
+    if (ppszArguments[1] && !ppszArguments[2] && strchr(ppszArguments[1], '\\') &&
+        strcmp(pszName ? pszName + 1 : pszProgram, "xdg-open") == 0 && ResolvePath(ppszArguments[1], szFile) &&
+        stat(szFile, &info) == 0)
+        ppszArguments[1] = szFile;
     const int nErrno = StartProgram(ppszArguments, pszFolder, 0, nullptr);
     free(ppszArguments);
     return ShellError(nErrno);

@@ -70,7 +70,7 @@ check_pres() {
     expect 1 pres pack empty.rc kept.rc
 }
 
-check_tvpack_case() {
+pack_names_by_case() {
     mkdir -p case/A case/a
     printf 1 >case/B.txt
     printf 2 >case/b.txt
@@ -88,7 +88,7 @@ check_tvpack_case() {
 check_tvpack() {
     local n size
     check_help tvpack
-    [ "$target" = win32 ] || check_tvpack_case
+    [ "$target" = win32 ] || pack_names_by_case
     mkdir -p in/dir/deep in/empty
     for n in $(seq 1000); do
         size=$((n * 37 % 9000))

@@ -85,10 +85,11 @@ bool FindBrowser(char *pszBrowser)
     return bFound;
 }
 
-xlong OpenPage(const char *pszUrl)
+// @param pszArgument  the page as a browser's only argument
+xlong OpenPage(const char *pszUrl, const char *pszArgument)
 {
     char szBrowser[MAX_PATH] = "";
-    if (FindBrowser(szBrowser) && ShellOpen(szBrowser, pszUrl, SW_SHOW) > s_nLastShellError)
+    if (FindBrowser(szBrowser) && ShellOpen(szBrowser, pszArgument, SW_SHOW) > s_nLastShellError)
         return 1;
     return ShellOpen(pszUrl, nullptr, SW_SHOWDEFAULT) > s_nLastShellError;
 }
@@ -162,17 +163,19 @@ xlong xShowURL(const char *pszUrl)
     if (!pszUrl)
         return 0;
     if (pszUrl[0] != '.' || pszUrl[1] != '\\')
-        return OpenPage(pszUrl);
+        return OpenPage(pszUrl, pszUrl);
     char *pszDir = xGetWorkingDirectory();
     if (!pszDir)
         return xErrorTxt("xShowURL: Failed to get current work dir.");
-    const size_t ulSize = strlen(pszDir) + strlen(pszUrl) + 1;
-    char *pszFull = ulSize < 0x7fffff00 ? (char *)String_Alloc((xulong)ulSize) : nullptr;
+    const size_t ulSize = strlen(pszDir) + strlen(pszUrl) + 3;
+    char *pszFull = ulSize < 0x3fffff00 ? (char *)String_Alloc((xulong)(2 * ulSize)) : nullptr;
     xlong lResult = 0;
     if (pszFull)
     {
         snprintf(pszFull, ulSize, "%s\\%s", pszDir, pszUrl + 2);
-        lResult = OpenPage(pszFull);
+        char *const pszArgument = pszFull + ulSize;
+        snprintf(pszArgument, ulSize, "\"%s\\%s\"", pszDir, pszUrl + 2); // folders may have blanks
+        lResult = OpenPage(pszFull, pszArgument);
         String_Free(pszFull);
     }
     String_Free(pszDir);

@@ -2,6 +2,7 @@
 #include "platform/win32.h"
 
 #include "support.h"
+#include "tarvix/systemshell.h"
 
 #include <cstdlib>
 #include <fcntl.h>
@@ -113,6 +114,21 @@ TEST_F(PlatformShell, DocumentsAndAddressesGoToTheOpener)
     EXPECT_EQ(strOpener, szResult);
     EXPECT_EQ(SE_ERR_FNF, (intptr_t)FindExecutableA("missing.txt", nullptr, szResult));
     EXPECT_STREQ("", szResult);
+}
+
+TEST_F(PlatformShell, PagesBesideTheProgramAreOpened)
+{
+    CTestGlobals globals;
+    MakeReporter("bin/xdg-open");
+    fs::create_directory("Work/with blanks");
+    WriteFile("Work/with blanks/page.htm", "<HTML>");
+    const fs::path old = fs::current_path();
+    fs::current_path("Work/with blanks");
+    EXPECT_EQ(1, xShowURL(".\\page.htm"));
+    fs::current_path(old);
+    const TLines lines = Report();
+    ASSERT_EQ(3u, lines.size());
+    EXPECT_TRUE(fs::equivalent("Work/with blanks/page.htm", lines[2])) << lines[2];
 }
 
 TEST_F(PlatformShell, FailuresHaveTheirNumbers)

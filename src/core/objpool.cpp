@@ -5,6 +5,36 @@
 
 #include <string.h>
 
+namespace
+{
+// Watches a pool while one of its callbacks runs, which may delete it.
+class CPoolAlive
+{
+public:
+    explicit CPoolAlive(const CObjPool &pool) : m_pPool(&pool), m_pOuter(s_pInnermost) { s_pInnermost = this; }
+    ~CPoolAlive() { s_pInnermost = m_pOuter; }
+    CPoolAlive(const CPoolAlive &) = delete;
+    CPoolAlive &operator=(const CPoolAlive &) = delete;
+
+    explicit operator bool() const { return m_pPool != nullptr; }
+
+    static void OnDeath(const CObjPool &pool)
+    {
+        for (CPoolAlive *p = s_pInnermost; p; p = p->m_pOuter)
+            if (p->m_pPool == &pool)
+                p->m_pPool = nullptr;
+    }
+
+private:
+    const CObjPool *m_pPool;
+    CPoolAlive *m_pOuter;
+
+    static CPoolAlive *s_pInnermost;
+};
+
+CPoolAlive *CPoolAlive::s_pInnermost = nullptr;
+} // namespace
+
 CObjPool::CObjPool()
     : m_pfnAlloc(nullptr), m_pfnFree(nullptr), m_pfnCreate(nullptr), m_pfnDestroy(nullptr), m_ulMinObjects(0),
       m_ulShrinkTime(-1), m_ulLastShrink(xGetTime()), m_ulCount(0), m_ulSlots(0), m_ulWrite(0), m_ulRead(0),
@@ -14,6 +44,7 @@ CObjPool::CObjPool()
 
 CObjPool::~CObjPool()
 {
+    CPoolAlive::OnDeath(*this);
     xSysFreeMem(m_ppRing);
     if (m_ulShrinkTime != -1 && glb && glb->m_pObjPoolList)
         glb->m_pObjPoolList->DeleteItem(this);
@@ -56,19 +87,24 @@ xlong CObjPool::Init(xulong ulMinObjects, xlong lShrinkTime, xulong ulSlots, voi
 
 void *CObjPool::Alloc()
 {
+    void (*const pfnCreate)(void *) = m_pfnCreate;
     void *pObject = Alloc_FromPool();
     if (pObject)
         --m_ulCount;
     else
         pObject = Alloc_FromSystem();
     if (pObject)
-        m_pfnCreate(pObject);
+        pfnCreate(pObject);
     return pObject;
 }
 
 void CObjPool::Free(void *pObject)
 {
+    const CPoolAlive alive(*this);
+    void (*const pfnFree)(void *) = m_pfnFree;
     m_pfnDestroy(pObject);
+    if (!alive)
+        return pfnFree(pObject);
     if (Free_ToPool(pObject))
         ++m_ulCount;
     else
@@ -77,8 +113,11 @@ void CObjPool::Free(void *pObject)
 
 xlong CObjPool::Handler()
 {
+    const CPoolAlive alive(*this);
     if (m_ulMinObjects && m_ulCount < m_ulMinObjects)
         Handler_AddNewToPool();
+    if (!alive)
+        return 1;
     if (m_ulShrinkTime == -1 || m_ulCount <= m_ulMinObjects)
         return 1;
     const xulong ulNow = xGetTime();
@@ -111,9 +150,16 @@ void CObjPool::Free_ToSystem(void *pObject)
 
 xlong CObjPool::Handler_AddNewToPool()
 {
+    const CPoolAlive alive(*this);
+    void (*const pfnFree)(void *) = m_pfnFree;
     void *pObject = Alloc_FromSystem();
     if (!pObject)
         return 0;
+    if (!alive)
+    {
+        pfnFree(pObject);
+        return 0;
+    }
     if (Free_ToPool(pObject))
         return 1;
     Free_ToSystem(pObject);

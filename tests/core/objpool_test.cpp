@@ -36,6 +36,27 @@ void CountDestroy(void *)
     ++s_nDestroys;
 }
 
+// Deletes the pool that calls it.
+std::unique_ptr<CObjPool> s_pDying;
+
+void *DyingAlloc()
+{
+    void *const pObject = CountAlloc();
+    s_pDying.reset();
+    return pObject;
+}
+
+void DyingFree(void *pObject)
+{
+    CountFree(pObject);
+    s_pDying.reset();
+}
+
+void DyingDestroy(void *)
+{
+    s_pDying.reset();
+}
+
 class CObjPoolTest : public testing::Test
 {
 protected:
@@ -127,4 +148,30 @@ TEST_F(CObjPoolTest, ThePumpListHoldsPoolsThatShrink)
 #ifndef _WIN32
     FaceStop();
 #endif
+}
+
+TEST_F(CObjPoolTest, MayDieInItsOwnCallbacks)
+{
+    CObjPool &pool = *(s_pDying = std::make_unique<CObjPool>());
+    ASSERT_EQ(1, pool.Init(0, 0, 8, DyingAlloc, CountFree, CountCreate, CountDestroy));
+    pool.m_ulMinObjects = 1;
+    EXPECT_EQ(1, pool.Handler());
+    EXPECT_EQ(nullptr, s_pDying);
+
+    CObjPool &second = *(s_pDying = std::make_unique<CObjPool>());
+    ASSERT_EQ(1, second.Init(0, -1, 8, DyingAlloc, CountFree, CountCreate, CountDestroy));
+    void *const pObject = second.Alloc();
+    EXPECT_NE(nullptr, pObject);
+    CountFree(pObject);
+
+    CObjPool &third = *(s_pDying = std::make_unique<CObjPool>());
+    ASSERT_EQ(1, third.Init(0, -1, 8, CountAlloc, CountFree, CountCreate, DyingDestroy));
+    third.Free(third.Alloc());
+
+    CObjPool &fourth = *(s_pDying = std::make_unique<CObjPool>());
+    ASSERT_EQ(1, fourth.Init(0, -1, 0, CountAlloc, DyingFree, CountCreate, CountDestroy));
+    fourth.Free(fourth.Alloc());
+    EXPECT_EQ(nullptr, s_pDying);
+    EXPECT_EQ(s_nAllocs, s_nFrees);
+    EXPECT_EQ(0, glb->m_pObjPoolList ? glb->m_pObjPoolList->GetNumNodes() : 0);
 }

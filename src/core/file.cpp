@@ -1,5 +1,6 @@
 #include "tarvix/file.h"
 
+#include "core/filefault.h"
 #include "core/openfile.h"
 #include "tarvix/byteorder.h"
 #include "tarvix/error.h"
@@ -82,7 +83,7 @@ xlong CFile::Open(const char *pszPath, xlong lFlags)
 
 xlong CFile::Read(void *pBuf, xulong ulLen)
 {
-    if (!m_pFile)
+    if (!m_pFile || FailsFileCall())
         return xError(XERR_READ);
     if (fread(pBuf, 1, ulLen, m_pFile) == ulLen)
         return 1;
@@ -98,14 +99,17 @@ xlong CFile::SetFileBounds(xulong ulStart, xulong ulLen)
 
 xlong CFile::Write(const void *pBuf, xulong ulLen)
 {
-    if (!m_pFile || fwrite(pBuf, 1, ulLen, m_pFile) != ulLen)
+    if (!m_pFile || FailsFileCall() || fwrite(pBuf, 1, ulLen, m_pFile) != ulLen)
         return xError(XERR_WRITE);
     return 1;
 }
 
 xlong CFile::ReadByte(signed char *pcValue)
 {
-    const int nValue = m_pFile ? fgetc(m_pFile) : EOF;
+    const bool bFails = FailsFileCall();
+    const int nValue = m_pFile && !bFails ? fgetc(m_pFile) : EOF;
+    if (bFails)
+        return xError(XERR_READ);
     if (nValue == EOF)
         return m_pFile && feof(m_pFile) ? 0 : xError(XERR_READ);
     *pcValue = (signed char)nValue;
@@ -114,7 +118,7 @@ xlong CFile::ReadByte(signed char *pcValue)
 
 xlong CFile::WriteByte(signed char cValue)
 {
-    if (!m_pFile || fputc((unsigned char)cValue, m_pFile) == EOF)
+    if (!m_pFile || FailsFileCall() || fputc((unsigned char)cValue, m_pFile) == EOF)
         return xError(XERR_WRITE);
     return 1;
 }
@@ -265,7 +269,7 @@ CFile::~CFile()
 
 xlong CFile::Flush()
 {
-    if (!m_pFile || fflush(m_pFile) || ferror(m_pFile))
+    if (!m_pFile || FailsFileCall() || fflush(m_pFile) || ferror(m_pFile))
         return xError(XERR_WRITE);
     return 1;
 }

@@ -1,11 +1,12 @@
 #include "core/openfile.h"
+#include "core/filefault.h"
 #include "win/win32.h"
 
 #include <stdio.h>
 
 FILE *OpenStream(const char *pszPath, const char *pszMode)
 {
-    return pszPath && *pszPath ? PlatformOpenFile(pszPath, pszMode) : nullptr;
+    return pszPath && *pszPath && !FailsFileCall() ? PlatformOpenFile(pszPath, pszMode) : nullptr;
 }
 
 bool FindWholeTarget(const char *pszPath, char *pszTarget, bool *pbDirect)
@@ -15,12 +16,12 @@ bool FindWholeTarget(const char *pszPath, char *pszTarget, bool *pbDirect)
 
 int MakeWholePart(const char *pszPart, const char *pszTarget)
 {
-    return PlatformMakePart(pszPart, pszTarget);
+    return FailsFileCall() ? -1 : PlatformMakePart(pszPart, pszTarget);
 }
 
 bool ReplaceWhole(const char *pszPart, const char *pszTarget)
 {
-    return PlatformReplaceFile(pszPart, pszTarget);
+    return !FailsFileCall() && PlatformReplaceFile(pszPart, pszTarget);
 }
 
 void RemoveWholePart(const char *pszPart)

@@ -1,5 +1,7 @@
 #include "tarvix/systemdirs.h"
 
+#include "core/filefault.h"
+
 #include "core/chars.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
@@ -37,7 +39,7 @@ xlong EnterOrCreate(const char *pszDir)
 {
     if (SetCurrentDirectoryA(pszDir))
         return 1;
-    if (!CreateDirectoryA(pszDir, nullptr))
+    if (FailsFileCall() || !CreateDirectoryA(pszDir, nullptr))
         return glb->m_Error.SetErrorf("Unable to create dir %s. Errorcode: %ld", pszDir, (long)GetLastError());
     if (!SetCurrentDirectoryA(pszDir))
         return glb->m_Error.SetErrorf("Unable to change dir %s.", pszDir);

@@ -44,6 +44,32 @@ protected:
     size_t m_nCount = 0;
 };
 
+TEST_F(CWinCtrlTest, WindowsStayWholeOverWhatTheHostDraws)
+{
+    Add(0);
+    Frame();
+    Frame();
+    const auto Picture = []
+    {
+        std::vector<TRGBA> picture;
+        for (xlong y = 20; y < 120; y += 3)
+            for (xlong x = 20; x < 120; ++x)
+                picture.push_back(Shown(x, y));
+        return picture;
+    };
+    const std::vector<TRGBA> before = Picture();
+    std::mt19937 random(9);
+    for (int n = 0; n < 20; ++n)
+    {
+        const xlong lX = (xlong)(random() % 110), lY = (xlong)(random() % 110);
+        Screen()->FillRect(lX, lY, 60, 40, TRGBA(255, 0, 0));
+        Screen()->AddClearArea(lX, lY, lX + 59, lY + 39);
+        Screen()->FlipPage();
+        EXPECT_EQ(before, Picture()) << n;
+        Screen()->ClearBuffer();
+    }
+}
+
 TEST_F(CWinCtrlTest, StacksWindows)
 {
     Add(0);

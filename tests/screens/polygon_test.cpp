@@ -307,6 +307,18 @@ TEST_F(CPolygonTest, OddPolygonsDrawNothingOrLittle)
         Set(quad);
         EXPECT_EQ(0, s.DrawPolygonScreen(pNone)) << "outside the rows that there are";
     }
+    // Without height: the first corner's pixel, in the first row too.
+    for (const xlong lRow : { 0, 7 })
+    {
+        std::vector<unsigned char> wanted = FillFrame(8);
+        Set({ { 200, 220, 220, 200 }, { 2 * lRow, 2 * lRow, 2 * lRow, 2 * lRow }, { 9 << 16 }, { 5 << 16 } });
+        EXPECT_EQ(1, s.DrawPolygonScreen(pNone));
+        std::vector<unsigned char> now = Frame();
+        const size_t ulPixel = (size_t)lRow * Mode().lRowBytes + 100 * 2;
+        EXPECT_NE(0, memcmp(&wanted[ulPixel], &now[ulPixel], 2)) << lRow;
+        memcpy(&wanted[ulPixel], &now[ulPixel], 2);
+        EXPECT_EQ("", FirstDifference(wanted, now, Mode())) << lRow;
+    }
     // Corners at the ends of the numbers, and texture positions far outside.
     for (xlong lFilter : { 0, 1 })
     {

@@ -7,6 +7,9 @@
 
 // Address space is reserved in regions and committed from their start. Pages
 // are committed a few ahead of the break, which spares a call for most of them.
+// A region that begins where the present one ends continues it: the break goes
+// on, and comes back when the memory is free again. The system wants each
+// reservation to be named by itself all the same.
 
 namespace
 {
@@ -43,6 +46,39 @@ void EnterRegion(char *pStart, size_t ulSize)
     s_pRegionEnd = pStart + ulSize;
 }
 
+char *ReservationEnd(const char *pAt)
+{
+    char *pEnd = s_pRegionEnd;
+    for (const TRegion *p = s_pRegions; p; p = p->pNext)
+        if (p->pStart > pAt && p->pStart < pEnd)
+            pEnd = p->pStart;
+    return pEnd;
+}
+
+bool Commit(char *pFrom, size_t ulBytes)
+{
+    for (char *const pTo = pFrom + ulBytes; pFrom < pTo;)
+    {
+        char *const pEnd = std::min(pTo, ReservationEnd(pFrom));
+        if (!VirtualAlloc(pFrom, (size_t)(pEnd - pFrom), MEM_COMMIT, PAGE_READWRITE))
+            return false;
+        pFrom = pEnd;
+    }
+    return true;
+}
+
+bool Decommit(char *pFrom, size_t ulBytes)
+{
+    for (char *const pTo = pFrom + ulBytes; pFrom < pTo;)
+    {
+        char *const pEnd = std::min(pTo, ReservationEnd(pFrom));
+        if (!VirtualFree(pFrom, (size_t)(pEnd - pFrom), MEM_DECOMMIT))
+            return false;
+        pFrom = pEnd;
+    }
+    return true;
+}
+
 // Reserves the first free range behind the present region.
 bool ReserveNext(size_t ulBytes)
 {
@@ -64,7 +100,10 @@ bool ReserveNext(size_t ulBytes)
                 pRegion->pStart = (char *)pStart;
                 pRegion->pNext = s_pRegions;
                 s_pRegions = pRegion;
-                EnterRegion((char *)pStart, ulSize);
+                if (pStart == s_pRegionEnd)
+                    s_pRegionEnd += ulSize;
+                else
+                    EnterRegion((char *)pStart, ulSize);
                 return true;
             }
         }
@@ -95,9 +134,9 @@ char *Grow(size_t ulBytes)
         const size_t ulLeft = (size_t)(s_pRegionEnd - s_pCommitEnd);
         const size_t ulNeed = (size_t)(pNew - s_pCommitEnd);
         const size_t ulCommit = std::min(ulLeft, ulNeed + s_ulAhead);
-        if (VirtualAlloc(s_pCommitEnd, ulCommit, MEM_COMMIT, PAGE_READWRITE))
+        if (Commit(s_pCommitEnd, ulCommit))
             s_pCommitEnd += ulCommit;
-        else if (VirtualAlloc(s_pCommitEnd, ulNeed, MEM_COMMIT, PAGE_READWRITE))
+        else if (Commit(s_pCommitEnd, ulNeed))
             s_pCommitEnd += ulNeed;
         else
             return nullptr;
@@ -116,7 +155,7 @@ char *HeapBreak(ptrdiff_t lBytes)
         return nullptr;
     char *pOld = s_pBreak;
     char *pNew = pOld - ulBytes;
-    if (!VirtualFree(pNew, (size_t)(s_pCommitEnd - pNew), MEM_DECOMMIT))
+    if (!Decommit(pNew, (size_t)(s_pCommitEnd - pNew)))
         return nullptr;
     s_pBreak = s_pCommitEnd = pNew;
     return pOld;

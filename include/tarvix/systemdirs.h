@@ -6,7 +6,9 @@ class CLList;
 
 // Directories and drives.
 
-/// Creates all directories of a file's path; the working directory is kept.
+/// Creates all directories of a file's path, which may lead up ("../x/file");
+/// the working directory is kept.
+/// @param pszPath  below 256 characters, wherever the working directory lies
 /// @return 0 with a text
 TARVIX_API xlong xCreateDirsForFile(const char *pszPath);
 /// @return new string for String_Free

@@ -109,14 +109,18 @@ xlong xCreateDirsForFile(const char *pszPath)
 
 char *xGetWorkingDirectory()
 {
-    char *psz = (char *)String_Alloc(s_ulWorkingDirectory);
-    if (!psz)
-        return nullptr;
-    *psz = 0;
-    const DWORD ulLen = GetCurrentDirectoryA(s_ulWorkingDirectory, psz);
-    if (ulLen && ulLen < s_ulWorkingDirectory)
-        return psz;
-    String_Free(psz);
+    xulong ulRoom = s_ulWorkingDirectory;
+    while (char *const psz = (char *)String_Alloc(ulRoom))
+    {
+        *psz = 0;
+        const DWORD ulLen = GetCurrentDirectoryA(ulRoom, psz);
+        if (ulLen && ulLen < ulRoom)
+            return psz;
+        String_Free(psz);
+        if (!ulLen)
+            break;
+        ulRoom = ulLen + 1; // what a longer one takes
+    }
     return nullptr;
 }
 

@@ -126,13 +126,15 @@ int main(int argc, char **argv)
         return host.Fail();
     if (!xFileExists("desktop.bmp") && !PaintArt("."))
         return host.Fail();
+    SetMinimumFrameTime(s_lFrameTime); // which a recording takes for its step
     if (!StartReplay(host, options))
         return host.Fail();
     CGallery gallery(options.bMessages);
     if (!gallery.Load(options.strScript.c_str()))
         return host.Fail();
     const bool bPlaying = host.IsPlaying();
-    SetMinimumFrameTime(bPlaying ? 0 : s_lFrameTime);
+    if (bPlaying)
+        SetMinimumFrameTime(0);
     for (long lFrame = 1;; ++lFrame)
     {
         gallery.Step();

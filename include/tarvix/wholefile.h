@@ -32,6 +32,8 @@ public:
     ///                 in another case is another file
     /// @return 0 with a report: the folder is missing or can't be written to
     xlong Begin(const char *pszPath);
+    /// The same, and makes missing folders.
+    xlong BeginWithDirs(const char *pszPath);
     /// Where to write, until Commit; null without Begin.
     const char *GetPath() const;
     /// Brings the closed file to the disk and to its name.

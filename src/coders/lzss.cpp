@@ -4,6 +4,7 @@
 #include "tarvix/error.h"
 #include "tarvix/memory.h"
 #include "tarvix/start.h"
+#include "tarvix/wholefile.h"
 
 #include <algorithm>
 #include <stddef.h>
@@ -375,14 +376,19 @@ xlong CLzss::SetCallback(void (*pFunc)(xlong, xlong, xlong), xlong lPeriod)
 
 xlong CLzss::Compress(const char *pszSource, const char *pszDest)
 {
+    CWholeFile whole;
     CFile source;
     CBitFile dest;
-    return source.Open(pszSource, FILE_READ) && dest.Open(pszDest, FILE_WRITE | FILE_MAKE_DIRS) &&
-           CompressFile(&source, &dest);
+    if (!source.Open(pszSource, FILE_READ) || !whole.BeginWithDirs(pszDest) ||
+        !dest.Open(whole.GetPath(), FILE_WRITE) || !CompressFile(&source, &dest))
+        return 0;
+    dest.Close();
+    return whole.Commit();
 }
 
 xlong CLzss::Expand(const char *pszSource, const char *pszDest)
 {
+    // What stands before the damage of a stream is kept.
     CBitFile source;
     CFile dest;
     return source.Open(pszSource, FILE_READ) && dest.Open(pszDest, FILE_WRITE) && ExpandFile(&source, &dest);

@@ -3,7 +3,7 @@
 #include "core/openfile.h"
 #include "tarvix/error.h"
 #include "tarvix/globals.h"
-#include "tarvix/strings.h"
+#include "tarvix/systemdirs.h"
 
 #include <stdio.h>
 #include <string.h>
@@ -58,6 +58,11 @@ xlong CWholeFile::Begin(const char *pszPath)
     m_pszPart = nullptr;
     Abandon();
     return Refuse("Unable to open file \"%s\" with write access", pszPath ? pszPath : "");
+}
+
+xlong CWholeFile::BeginWithDirs(const char *pszPath)
+{
+    return Begin(pszPath) || (xCreateDirsForFile(pszPath) && Begin(pszPath));
 }
 
 const char *CWholeFile::GetPath() const

@@ -6,7 +6,6 @@
 #include "tarvix/globals.h"
 #include "tarvix/pictype.h"
 #include "tarvix/strings.h"
-#include "tarvix/systemdirs.h"
 #include "tarvix/wholefile.h"
 
 #include <algorithm>
@@ -259,9 +258,7 @@ xlong CBMPPic::Save(const char *pszFileName, CBitmapBase *pBitmap, void *pParame
 {
     CWholeFile whole;
     CFile file;
-    // Missing folders are made.
-    if (!(whole.Begin(pszFileName) || (xCreateDirsForFile(pszFileName) && whole.Begin(pszFileName))) ||
-        !file.Open(whole.GetPath(), FILE_WRITE))
+    if (!whole.BeginWithDirs(pszFileName) || !file.Open(whole.GetPath(), FILE_WRITE))
         return SetError("BMP - Unable to open file", 0);
     xlong lOk = Save(&file, pBitmap, pParameters, pArea, lFlags);
     if (lOk && !file.Flush())

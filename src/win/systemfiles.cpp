@@ -61,8 +61,7 @@ xlong xCopyFile(const char *pszTo, const char *pszFrom)
     xulong ulLeft = 0;
     if (!from.Open(pszFrom, FILE_READ) || !from.GetSize(&ulLeft))
         return 0;
-    if (!(whole.Begin(pszTo) || (xCreateDirsForFile(pszTo) && whole.Begin(pszTo))) ||
-        !to.Open(whole.GetPath(), FILE_WRITE))
+    if (!whole.BeginWithDirs(pszTo) || !to.Open(whole.GetPath(), FILE_WRITE))
         return 0;
     char buffer[s_ulCopyBlock];
     xlong lResult = 1;
@@ -84,8 +83,10 @@ xlong xReadFile(const char *pszPath, void *pBuf, xulong ulLen)
 
 xlong xWriteFile(const char *pszPath, const void *pBuf, xulong ulLen)
 {
+    CWholeFile whole;
     CFile file;
-    return file.Open(pszPath, FILE_WRITE) && CloseWritten(file, file.Write(pBuf, ulLen));
+    return whole.Begin(pszPath) && file.Open(whole.GetPath(), FILE_WRITE) &&
+           CloseWritten(file, file.Write(pBuf, ulLen)) && whole.Commit();
 }
 
 xlong xFileGetLastWriteTime(const char *pszPath, xulong &ulLow, xulong &ulHigh)

@@ -61,6 +61,7 @@ TEST_F(CFailingFilesTest, LeaveTheOldFileATextAndNothingElse)
         { "Pack", [&] { return Pack("out.pak"); }, nullptr },
         { "Compress", [&] { return lzss.Compress("long.txt", "out.lz"); }, nullptr },
         { "Expand", [&] { return lzss.Expand("long.lz", "expanded.txt"); }, nullptr },
+        { "Write", [&] { return xWriteFile("written.txt", strLong.data(), (xulong)strLong.size()); }, "written.txt" },
         { "LoadBmp", [] { return CBitmap().Load("pic.bmp", 0); }, nullptr },
         { "LoadTree", [] { return CKCBL().Load("script.rc"); }, nullptr },
         { "LoadFont", [] { return CFont().Load("font.xbf", 0); }, nullptr },

@@ -88,6 +88,16 @@ public:
         Frame();
     }
 
+    static void ChangeMode(unsigned char ucSize)
+    {
+        CScreenBase *const pScreen = glb->m_pScreen;
+        pScreen->ExitMode();
+        pScreen->GetVideoModes();
+        if (!pScreen->InitModeRez(ucSize % 2 ? 800 : 640, ucSize % 2 ? 600 : 480, 24, XMODE_WINDOW) ||
+            !pScreen->SetPersistentMode(1))
+            abort();
+    }
+
 private:
     struct TTicker : public CTimer
     {
@@ -395,16 +405,6 @@ private:
                 pGroup->SetSelected(10 + m_Next() % 30);
             break;
         }
-    }
-
-    static void ChangeMode(unsigned char ucSize)
-    {
-        CScreenBase *const pScreen = glb->m_pScreen;
-        pScreen->ExitMode();
-        pScreen->GetVideoModes();
-        if (!pScreen->InitModeRez(ucSize % 2 ? 800 : 640, ucSize % 2 ? 600 : 480, 24, XMODE_WINDOW) ||
-            !pScreen->SetPersistentMode(1))
-            abort();
     }
 
     std::function<unsigned char()> m_Next;

@@ -180,6 +180,7 @@ protected:
     xlong GetData(const TResData *pTable, const char *pszText, xlong *plResult);
 
 private:
+    friend class CDialog;
     xlong LoadPacked(const char *pszPath, xulong ulSize, xulong ulPacked);
     xlong LoadBitmapChunk();
     const TResSection *EnterSection(xlong lSection);
@@ -192,6 +193,22 @@ private:
     TChain &ChainOf(const char *pszName);
     void Chain(TResDefine *pDefine);
     void FollowDefines();
+    // No host runs in between: the list is looked at once for all look-ups.
+    struct TNoChange
+    {
+        explicit TNoChange(CResData &res) : m_Res(res), m_bBefore(res.m_bNoChange)
+        {
+            res.FollowDefines();
+            res.m_bNoChange = true;
+        }
+        ~TNoChange() { m_Res.m_bNoChange = m_bBefore; }
+        TNoChange(const TNoChange &) = delete;
+        TNoChange &operator=(const TNoChange &) = delete;
+
+        CResData &m_Res;
+        const bool m_bBefore;
+    };
     TChain m_Chains[256]; // of m_listDefines, in their order
     size_t m_ulChained;   // what the list was like then: a host may change it
+    bool m_bNoChange;
 };

@@ -149,14 +149,24 @@ void Darken16(unsigned char *pRow, xlong lPixels, xlong lSteps)
     }
 }
 
+struct TPlainClamp
+{
+    constexpr TPlainClamp() : ucValues()
+    {
+        for (int i = 257; i < 512; ++i)
+            ucValues[i] = (unsigned char)(i - 256);
+    }
+
+    unsigned char ucValues[512];
+};
+
+constexpr TPlainClamp s_PlainClamp;
+
 // The clamp table's values from place ucStart on are a subtraction, unless a
 // host has put others there.
 bool IsSubtraction(unsigned char ucStart)
 {
-    bool bPlain = true;
-    for (int i = 0; i < 256; ++i)
-        bPlain &= glb->m_ClampTable[ucStart + i] == (ucStart + i > 256 ? ucStart + i - 256 : 0);
-    return bPlain;
+    return memcmp(glb->m_ClampTable + ucStart, s_PlainClamp.ucValues + ucStart, 256) == 0;
 }
 
 // @param bPlain  IsSubtraction

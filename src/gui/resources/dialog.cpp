@@ -75,10 +75,13 @@ xlong CDialog::Create(CResData *pRes, xlong lID, TGuiCallback pfnCallback, xlong
         return xErrorTxt("Unable to find specified window in the resource data");
     if (!pRes->EnterChunk() || !FindItemOf(*pRes, WindowGrammar().Items, XRES_ITEM_CREATE))
         return xErrorTxt("\"Create\" keyword missing for window");
-    if (!BuildWindow(pRes, lID))
     {
-        CWindow::Destroy();
-        return 0;
+        const CResData::TNoChange noChange(*pRes);
+        if (!BuildWindow(pRes, lID))
+        {
+            CWindow::Destroy();
+            return 0;
+        }
     }
     if (!glb->m_pWinCtrl || !glb->m_pWinCtrl->AddWindow(this, pfnCallback, pUser))
     {

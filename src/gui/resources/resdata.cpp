@@ -106,7 +106,7 @@ void ResetDefaults(CWinCtrl &manager, const CResData &res)
 }
 } // namespace
 
-CResData::CResData() : m_Chains(), m_ulChained(0) {}
+CResData::CResData() : m_Chains(), m_ulChained(0), m_bNoChange(false) {}
 
 CResData::~CResData()
 {
@@ -243,7 +243,8 @@ char *CResData::GetResName(xlong lId)
 
 xlong CResData::GetResId(const char *pszName, xlong *plId)
 {
-    FollowDefines();
+    if (!m_bNoChange)
+        FollowDefines();
     for (const TResDefine *pDefine = pszName ? ChainOf(pszName).pFirst : nullptr; pDefine; pDefine = pDefine->pNext)
         if (!xStricmp(pDefine->szName, pszName))
         {

@@ -99,7 +99,7 @@ xlong CWindowBase::HideWindow()
         return 1;
     m_pMouseCntrl = nullptr;
     // The first takes a press back to a highlight, the second ends that.
-    for (int n = 0; n < 2 && alive; ++n)
+    for (int n = 0; n < 2 && alive && !m_bStaticCntrls; ++n)
         for (CListWalk walk(m_Cntrls); CControlBase *pCntrl = walk.Next<CControlBase>();)
             pCntrl->GuiMsgHandler(XGUIMSG_MOUSE, s_lNowhere, s_lNowhere, 0, nullptr);
     if (alive && (m_lFlags & XWIN_HIDDEN) && glb->m_pWinCtrl)

@@ -4,6 +4,7 @@
 #include "slots.h"
 #include "tarvix/bitmap.h"
 #include "tarvix/sprite.h"
+#include "tarvix/winctrl.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -295,6 +296,36 @@ TEST_F(CMouseTest, PlacesArePixelsOfThePicture)
     FaceMovePointerIn(sglb->m_hWnd, 0, 0);
     xHandler();
     EXPECT_EQ((TPlace{ -50, -10 }), Place());
+}
+
+TEST_F(CMouseTest, IsHeardBeyondTheWindowWhileAButtonIsHeld)
+{
+    const HWND hWnd = sglb->m_hWnd;
+    for (const xlong lOptions : { (xlong)0, (xlong)XGUIOPT_POINTER })
+    {
+        glb->m_pWinCtrl->SetOptions(lOptions);
+        FaceMovePointerIn(hWnd, 100, 110);
+        FaceButton(VK_LBUTTON, true);
+        xHandler();
+        EXPECT_EQ(hWnd, GetCapture());
+        FaceMovePointer(1270, 1000);
+        FaceButton(VK_LBUTTON, false);
+        xHandler();
+        EXPECT_EQ(nullptr, GetCapture());
+        EXPECT_EQ((xulong)XBTN_LEFT_PRESSED | XBTN_LEFT_RELEASED, Buttons());
+        EXPECT_LT(480, Place().second) << "let go outside";
+
+        // Without a button the place stays where it was last inside, or leaves too.
+        FaceMovePointerIn(hWnd, 100, 110);
+        xHandler();
+        EXPECT_EQ((TPlace{ 100, 110 }), Place());
+        FaceMovePointer(1270, 1000);
+        xHandler();
+        EXPECT_EQ(lOptions != 0, Place() != (TPlace{ 100, 110 }));
+        FaceMovePointerIn(hWnd, 300, 310);
+        xHandler();
+        EXPECT_EQ((TPlace{ 300, 310 }), Place());
+    }
 }
 
 TEST_F(CMouseTest, FixedCentreIsPassedOverAndHoldsThePointer)

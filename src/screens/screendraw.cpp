@@ -122,29 +122,20 @@ void DrawPixels(CScreenBase &screen, unsigned char *pBuffer, const TPixel &pixel
     plotter.Draw(lX1, lY1, lX2, lY2);
 }
 
-// Lowers the three 5-bit channels of a 15-bit colour; a word with its top bit
-// set has no place in the cube, and gets its first entry, black.
+// Through the cube for each pixel, as a host may have put other values there.
+// A word that has no place of its own gets the cube's first entry.
 void Darken16(unsigned char *pRow, xlong lPixels, xlong lSteps)
 {
-    const __m128i xSteps = _mm_set1_epi16((short)(lSteps << 11));
-    const __m128i xChannel = _mm_set1_epi16((short)0xf800);
-    for (; lPixels >= 8; lPixels -= 8, pRow += 16)
-    {
-        const __m128i xWord = _mm_loadu_si128((const __m128i *)pRow);
-        // Each channel at the top of the word, so that subtracting saturates.
-        const __m128i xRed = _mm_subs_epu16(_mm_and_si128(_mm_slli_epi16(xWord, 1), xChannel), xSteps);
-        const __m128i xGreen = _mm_subs_epu16(_mm_and_si128(_mm_slli_epi16(xWord, 6), xChannel), xSteps);
-        const __m128i xBlue = _mm_subs_epu16(_mm_slli_epi16(xWord, 11), xSteps);
-        __m128i xResult = _mm_or_si128(_mm_srli_epi16(xRed, 1), _mm_srli_epi16(xGreen, 6));
-        xResult = _mm_or_si128(xResult, _mm_srli_epi16(xBlue, 11));
-        xResult = _mm_andnot_si128(_mm_srai_epi16(xWord, 15), xResult);
-        _mm_storeu_si128((__m128i *)pRow, xResult);
-    }
+    // What the stores below can't change, for all that the compiler knows.
+    const unsigned short *const *const ppPlaces = glb->m_ShadePointers;
+    const unsigned short *const pCube = glb->m_pShadeCube;
+    const xlong lBack = glb->m_ShadeStepAll[lSteps];
     for (; lPixels > 0; --lPixels, pRow += 2)
     {
         unsigned short us;
         memcpy(&us, pRow, 2);
-        us = ShadeDown(us, lSteps);
+        const ptrdiff_t lPlace = ppPlaces[us] - pCube;
+        us = pCube[lPlace >= lBack ? lPlace - lBack : 0];
         memcpy(pRow, &us, 2);
     }
 }

@@ -307,17 +307,29 @@ TEST_F(CPolygonTest, OddPolygonsDrawNothingOrLittle)
         Set(quad);
         EXPECT_EQ(0, s.DrawPolygonScreen(pNone)) << "outside the rows that there are";
     }
-    // Without height: the first corner's pixel, in the first row too.
-    for (const xlong lRow : { 0, 7 })
+    // Without height the first corner's pixel, without width a column: in the first row and column too.
+    const struct
+    {
+        TQuad quad;
+        xlong lX, lY, lRows;
+    } flat[] = {
+        { { { 200, 220, 220, 200 }, { 0, 0, 0, 0 }, { 9 << 16 }, { 5 << 16 } }, 100, 0, 1 },
+        { { { 200, 220, 220, 200 }, { 14, 14, 14, 14 }, { 9 << 16 }, { 5 << 16 } }, 100, 7, 1 },
+        { { { 0, 0, 0, 0 }, { 10, 10, 30, 30 }, {}, {} }, 0, 5, 11 },
+    };
+    for (const auto &row : flat)
     {
         std::vector<unsigned char> wanted = FillFrame(8);
-        Set({ { 200, 220, 220, 200 }, { 2 * lRow, 2 * lRow, 2 * lRow, 2 * lRow }, { 9 << 16 }, { 5 << 16 } });
+        Set(row.quad);
         EXPECT_EQ(1, s.DrawPolygonScreen(pNone));
         std::vector<unsigned char> now = Frame();
-        const size_t ulPixel = (size_t)lRow * Mode().lRowBytes + 100 * 2;
-        EXPECT_NE(0, memcmp(&wanted[ulPixel], &now[ulPixel], 2)) << lRow;
-        memcpy(&wanted[ulPixel], &now[ulPixel], 2);
-        EXPECT_EQ("", FirstDifference(wanted, now, Mode())) << lRow;
+        for (xlong y = row.lY; y < row.lY + row.lRows; ++y)
+        {
+            const size_t ulPixel = (size_t)y * Mode().lRowBytes + row.lX * 2;
+            EXPECT_NE(0, memcmp(&wanted[ulPixel], &now[ulPixel], 2)) << row.lX << ", " << y;
+            memcpy(&wanted[ulPixel], &now[ulPixel], 2);
+        }
+        EXPECT_EQ("", FirstDifference(wanted, now, Mode())) << row.lX << ", " << row.lY;
     }
     // Corners at the ends of the numbers, and texture positions far outside.
     for (xlong lFilter : { 0, 1 })

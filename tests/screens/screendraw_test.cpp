@@ -92,15 +92,23 @@ TEST_F(CDrawTest, FillRectAlphaFollowsTheTables)
     }
 }
 
-TEST_F(CDrawTest, FillRectAlphaSeesWhatAHostPutsIntoTheTable)
+TEST_F(CDrawTest, FillRectAlphaSeesWhatAHostPutsIntoTheTables)
 {
     SetMode(640, 480, 24);
     glb->m_ClampTable[129 + 200] = 77; // 50 percent of 200
-    unsigned char *const pFrame = Screen()->LockScreenBuffer();
+    unsigned char *pFrame = Screen()->LockScreenBuffer();
     memset(pFrame, 200, 640 * 3);
     Screen()->FillRectAlpha(0, 0, 100, 1, 50);
     EXPECT_EQ(std::vector<unsigned char>(300, 77), std::vector<unsigned char>(pFrame, pFrame + 300));
     EXPECT_EQ(200, pFrame[300]);
+
+    SetMode(640, 480, 16);
+    glb->m_ShadePointers[0x4d4d][-glb->m_ShadeStepAll[15]] = 0x2323;
+    pFrame = Screen()->LockScreenBuffer();
+    memset(pFrame, 0x4d, 640 * 2);
+    Screen()->FillRectAlpha(0, 0, 100, 1, 50);
+    EXPECT_EQ(std::vector<unsigned char>(200, 0x23), std::vector<unsigned char>(pFrame, pFrame + 200));
+    EXPECT_EQ(0x4d, pFrame[200]);
 }
 
 TEST_F(CDrawTest, EveryShadeOfEveryColourEqualsTheCube)
